@@ -1,0 +1,87 @@
+#include "APIClient/NetworkSession.h"
+
+#include <QCoro/QCoroNetworkReply>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QPointer>
+
+namespace orvia {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Whether the reply carries an HTTP response in full. Qt reports a status outside 200–299 as an error too,
+/// and a redirect that leaves the origin as the response that it is, not followed.
+bool isHTTPResponse(const QNetworkReply& reply)
+{
+    const QNetworkReply::NetworkError error = reply.error();
+    const bool statusError = error >= QNetworkReply::ContentAccessDenied && error != QNetworkReply::ProtocolFailure
+        && error != QNetworkReply::ProtocolUnknownError && error != QNetworkReply::ProtocolInvalidOperationError;
+    const bool refused = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid()
+        && (error == QNetworkReply::ProtocolInvalidOperationError || error == QNetworkReply::InsecureRedirectError);
+    return error == QNetworkReply::NoError || statusError || refused;
+}
+
+} // namespace
+
+NetworkSession::NetworkSession(QObject* parent)
+    : NetworkSession(Limits(), parent)
+{
+}
+
+NetworkSession::NetworkSession(Limits limits, QObject* parent)
+    : QObject(parent)
+    , m_limits(limits)
+{
+    m_manager.setRedirectPolicy(QNetworkRequest::SameOriginRedirectPolicy);
+    m_manager.setTransferTimeout(static_cast<int>(limits.timeout.count()));
+}
+
+NetworkSession::~NetworkSession()
+{
+    const auto replies = m_manager.findChildren<QNetworkReply*>();
+    for (QNetworkReply* reply : replies)
+        reply->abort();
+}
+
+QCoro::Task<NetworkSession::Answer> NetworkSession::perform(QNetworkRequest request, QByteArray method,
+                                                            std::optional<QByteArray> body)
+{
+    // A GET or DELETE without a body must not carry a length either, which a custom request would add.
+    QNetworkReply* reply = nullptr;
+    if (method == "GET")
+        reply = m_manager.get(request);
+    else if (method == "DELETE" && !body)
+        reply = m_manager.deleteResource(request);
+    else
+        reply = m_manager.sendCustomRequest(request, method, body.value_or(QByteArray()));
+    reply->setParent(&m_manager);
+
+    const qint64 maxBodyBytes = m_limits.maxBodyBytes;
+    bool tooLarge = false;
+    connect(reply, &QNetworkReply::readyRead, reply, [reply, maxBodyBytes, &tooLarge] {
+        if (reply->bytesAvailable() <= maxBodyBytes)
+            return;
+        tooLarge = true;
+        reply->abort();
+    });
+
+    co_await reply;
+    reply->deleteLater();
+
+    Answer answer;
+    if (tooLarge) {
+        answer.transportError = tr("The answer is too large.");
+    } else if (!isHTTPResponse(*reply)) {
+        answer.transportError = reply->errorString();
+    } else {
+        const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+        if (status.isValid())
+            answer.status = status.toInt();
+        answer.body = reply->readAll();
+    }
+    co_return answer;
+}
+
+} // namespace orvia

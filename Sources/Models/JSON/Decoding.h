@@ -1,0 +1,256 @@
+#pragma once
+
+#include "Models/APIJSON.h"
+#include "Models/Enums.h"
+#include "Models/Instant.h"
+#include "Models/JSON/DynamicKey.h"
+#include "Models/JSON/Fields.h"
+#include "Models/Lossy.h"
+#include "Models/OrderedStringMap.h"
+
+#include <QList>
+
+#include <simdjson.h>
+
+#include <optional>
+#include <vector>
+
+/// How declared records are read from a parsed document. Included only where a record's decoder is
+/// instantiated: the parser's header is large.
+namespace orvia::json {
+
+using Element = simdjson::dom::element;
+
+/// Where a failing read leaves its reason. The functions answer false, so that a reader can return them.
+class Failure {
+public:
+    bool typeMismatch(QStringView expected)
+    {
+        m_kind = DecodingError::Kind::typeMismatch;
+        m_subject = expected;
+        return false;
+    }
+
+    bool missingMember(std::string_view key)
+    {
+        m_kind = DecodingError::Kind::missingMember;
+        m_key = key;
+        return false;
+    }
+
+    bool corruptedData(QString description)
+    {
+        m_kind = DecodingError::Kind::corruptedData;
+        m_description = std::move(description);
+        return false;
+    }
+
+    DecodingError error() const;
+
+private:
+    DecodingError::Kind m_kind = DecodingError::Kind::syntax;
+    QStringView m_subject;
+    std::string_view m_key;
+    QString m_description;
+};
+
+/// A document that passed the strict parser. Parsing throws DecodingError; the root lives as long as this.
+class ParsedDocument {
+public:
+    explicit ParsedDocument(QByteArrayView bytes);
+    ~ParsedDocument();
+    ParsedDocument(const ParsedDocument&) = delete;
+    ParsedDocument& operator=(const ParsedDocument&) = delete;
+
+    const Element& root() const { return m_root; }
+
+private:
+    std::unique_ptr<simdjson::dom::parser> m_parser;
+    Element m_root;
+};
+
+inline QString toQString(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+bool readValue(const Element& element, QString& value, Failure& failure);
+bool readValue(const Element& element, bool& value, Failure& failure);
+bool readValue(const Element& element, qint64& value, Failure& failure);
+bool readValue(const Element& element, Instant& value, Failure& failure);
+bool readValue(const Element& element, OrderedStringMap& value, Failure& failure);
+inline bool readValue(const Element&, JSONValueIgnored&, Failure&)
+{
+    return true;
+}
+
+template <TextEnum Enum>
+bool readValue(const Element& element, Enum& value, Failure& failure)
+{
+    std::string_view text;
+    if (element.get(text) != simdjson::SUCCESS)
+        return failure.typeMismatch(u"a string");
+    const auto found = enumFromWireText<Enum>(text);
+    if (!found)
+        return failure.corruptedData(QStringLiteral("Unknown case: ") + toQString(text));
+    value = *found;
+    return true;
+}
+
+template <Record T>
+bool readValue(const Element& element, T& record, Failure& failure);
+
+/// A strict list: one bad element fails it.
+template <class List>
+    requires(std::same_as<List, std::vector<typename List::value_type>>
+             || std::same_as<List, QList<typename List::value_type>>)
+bool readValue(const Element& element, List& list, Failure& failure)
+{
+    simdjson::dom::array array;
+    if (element.get(array) != simdjson::SUCCESS)
+        return failure.typeMismatch(u"an array");
+    list.clear();
+    for (const Element item : array) {
+        typename List::value_type value{};
+        if (!readValue(item, value, failure))
+            return false;
+        list.push_back(std::move(value));
+    }
+    return true;
+}
+
+template <class Item>
+bool readValue(const Element& element, Lossy<Item>& list, Failure& failure)
+{
+    simdjson::dom::array array;
+    if (element.get(array) != simdjson::SUCCESS)
+        return failure.typeMismatch(u"an array");
+    list.wrappedValue.clear();
+    list.wrappedValue.reserve(array.size());
+    for (const Element item : array) {
+        Failure discarded;
+        // Decoded in place: a page of records is large, and nearly all of them are good.
+        if (!readValue(item, list.wrappedValue.emplace_back(), discarded))
+            list.wrappedValue.pop_back();
+    }
+    return true;
+}
+
+template <class T>
+struct OptionalValue {
+    using Type = T;
+    static constexpr bool isOptional = false;
+};
+template <class T>
+struct OptionalValue<std::optional<T>> {
+    using Type = T;
+    static constexpr bool isOptional = true;
+};
+
+/// Reads the member that the field at @p Index of the record declares.
+template <Record T, std::size_t Index>
+bool readField(const Element& element, T& record, Failure& failure)
+{
+    constexpr auto field = std::get<Index>(T::fields());
+    auto& member = record.*(field.member);
+    using Member = std::remove_reference_t<decltype(member)>;
+
+    if constexpr (field.kind == FieldKind::required) {
+        static_assert(!OptionalValue<Member>::isOptional, "a required member is never absent");
+        return readValue(element, member, failure);
+    } else if constexpr (field.kind == FieldKind::defaulted) {
+        return element.is_null() || readValue(element, member, failure);
+    } else {
+        static_assert(OptionalValue<Member>::isOptional, "a member that may be absent is a std::optional");
+        if (element.is_null()) {
+            member.reset();
+            return true;
+        }
+        if (!readValue(element, member.emplace(), failure)) {
+            member.reset();
+            return field.kind == FieldKind::lenient;
+        }
+        return true;
+    }
+}
+
+template <Record T>
+struct RecordReader {
+    using Function = bool (*)(const Element&, T&, Failure&);
+    static constexpr std::size_t count = fieldCount<T>;
+
+    template <std::size_t... Index>
+    static constexpr auto makeKeys(std::index_sequence<Index...>)
+    {
+        return std::array<std::string_view, count>{std::get<Index>(T::fields()).key...};
+    }
+
+    template <std::size_t... Index>
+    static constexpr auto makeFunctions(std::index_sequence<Index...>)
+    {
+        return std::array<Function, count>{&readField<T, Index>...};
+    }
+
+    template <std::size_t... Index>
+    static constexpr std::uint64_t makeRequired(std::index_sequence<Index...>)
+    {
+        return ((std::get<Index>(T::fields()).kind == FieldKind::required ? std::uint64_t{1} << Index : 0) | ...);
+    }
+
+    static constexpr auto keys = makeKeys(std::make_index_sequence<count>());
+    static constexpr auto functions = makeFunctions(std::make_index_sequence<count>());
+    static constexpr std::uint64_t required = makeRequired(std::make_index_sequence<count>());
+};
+
+/// Walks the object's members once and hands each to the field of its key. The search starts behind the last
+/// field found, so that members in the declared order cost one comparison each.
+template <Record T>
+bool readValue(const Element& element, T& record, Failure& failure)
+{
+    using Reader = RecordReader<T>;
+    static_assert(Reader::count <= 64);
+    simdjson::dom::object object;
+    if (element.get(object) != simdjson::SUCCESS)
+        return failure.typeMismatch(u"an object");
+
+    std::uint64_t missing = Reader::required;
+    std::size_t next = 0;
+    for (const auto member : object) {
+        for (std::size_t tried = 0; tried < Reader::count; ++tried) {
+            const std::size_t index = next + tried < Reader::count ? next + tried : next + tried - Reader::count;
+            if (Reader::keys[index] != member.key)
+                continue;
+            if (!Reader::functions[index](member.value, record, failure))
+                return false;
+            missing &= ~(std::uint64_t{1} << index);
+            next = index + 1 < Reader::count ? index + 1 : 0;
+            break;
+        }
+    }
+    if (missing != 0)
+        return failure.missingMember(Reader::keys[static_cast<std::size_t>(std::countr_zero(missing))]);
+    return true;
+}
+
+template <class T>
+T decode(QByteArrayView bytes)
+{
+    const ParsedDocument document(bytes);
+    Failure failure;
+    T record{};
+    if (!readValue(document.root(), record, failure))
+        throw failure.error();
+    return record;
+}
+
+} // namespace orvia::json
+
+namespace orvia {
+
+template <class T>
+T APIJSON::Decoder::decode(QByteArrayView bytes) const
+{
+    return json::decode<T>(bytes);
+}
+
+} // namespace orvia

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+namespace orvia {
+
+/// A list whose malformed elements are dropped while decoding instead of failing the list. Encodes as the
+/// plain list. The JSON value itself must be an array.
+template <class Element>
+struct Lossy {
+    /// One element decoded on its own: absent when it failed, whatever the reason.
+    struct Failable {
+        std::optional<Element> value;
+    };
+
+    std::vector<Element> wrappedValue;
+
+    friend bool operator==(const Lossy&, const Lossy&) = default;
+};
+
+} // namespace orvia

@@ -1,0 +1,75 @@
+#include "Models/OrderedStringMap.h"
+
+#include "Models/APIJSON.h"
+#include "Models/JSON/Decoding.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace orvia {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What the key-order probe keeps: the members' names as the parser reports them.
+struct Probe {
+    QStringList keys;
+};
+
+bool readValue(const json::Element& element, Probe& probe, json::Failure& failure)
+{
+    simdjson::dom::object object;
+    if (element.get(object) != simdjson::SUCCESS)
+        return failure.typeMismatch(u"an object");
+    for (const auto member : object)
+        probe.keys.append(json::toQString(member.key));
+    return true;
+}
+
+} // namespace
+
+std::vector<OrderedStringMap::Pair> OrderedStringMap::arranged(std::vector<Pair> pairs, bool preservesKeyOrder)
+{
+    if (preservesKeyOrder)
+        return pairs;
+    std::stable_sort(pairs.begin(), pairs.end(), [](const Pair& left, const Pair& right) {
+        const auto leftPoints = left.key.toUcs4();
+        const auto rightPoints = right.key.toUcs4();
+        return std::lexicographical_compare(leftPoints.begin(), leftPoints.end(), rightPoints.begin(),
+                                            rightPoints.end());
+    });
+    return pairs;
+}
+
+QString OrderedStringMap::textFromNumber(double number)
+{
+    if (std::round(number) == number && std::abs(number) < 1e15)
+        return QString::number(static_cast<qint64>(number));
+    std::array<char, 32> buffer{};
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
+    return QString::fromLatin1(buffer.data(), result.ptr - buffer.data());
+}
+
+bool decoderPreservesKeyOrder()
+{
+    static const bool preserves = [] {
+        const QStringList written{u"m"_s, u"b"_s, u"z"_s, u"a"_s, u"q"_s, u"c"_s,
+                                  u"y"_s, u"d"_s, u"x"_s, u"e"_s, u"p"_s, u"f"_s};
+        QByteArray document = "{";
+        for (qsizetype i = 0; i < written.size(); ++i) {
+            document += i == 0 ? "\"" : ",\"";
+            document += written[i].toUtf8() + "\":\"" + QByteArray::number(i) + '"';
+        }
+        document += '}';
+        try {
+            return json::decode<Probe>(document).keys == written;
+        } catch (const DecodingError&) {
+            return false;
+        }
+    }();
+    return preserves;
+}
+
+} // namespace orvia

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Models/Conversation.h"
+
+#include <QHash>
+
+#include <vector>
+
+namespace orvia {
+
+/// Conversations in inbox order, found by id at constant cost. Identifiers are unique; of several records with
+/// one id in a loaded page the lookup answers the first.
+class ConversationStore {
+public:
+    const std::vector<Conversation>& all() const { return m_conversations; }
+    qsizetype size() const { return static_cast<qsizetype>(m_conversations.size()); }
+    bool isEmpty() const { return m_conversations.empty(); }
+
+    /// The conversation with this id, or null. Valid until the store changes.
+    const Conversation* find(const QString& id) const;
+    /// The position of the conversation with this id, or -1.
+    qsizetype indexOf(const QString& id) const;
+    const Conversation& at(qsizetype index) const { return m_conversations[static_cast<std::size_t>(index)]; }
+
+    void assign(std::vector<Conversation> conversations);
+    void append(Conversation conversation);
+    void replace(qsizetype index, Conversation conversation);
+
+private:
+    std::vector<Conversation> m_conversations;
+    QHash<QString, qsizetype> m_positions;
+};
+
+} // namespace orvia

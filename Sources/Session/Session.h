@@ -1,0 +1,296 @@
+#pragma once
+
+#include "APIClient/APIClient.h"
+#include "Models/SocketEvent.h"
+#include "Session/ConversationStore.h"
+#include "Session/KeyedTimers.h"
+#include "Session/MessageStore.h"
+#include "Session/SessionTimings.h"
+#include "SocketClient/SocketClient.h"
+
+#include <QCoro/QCoroTask>
+#include <QHash>
+#include <QObject>
+#include <QSet>
+
+#include <functional>
+
+class QTimer;
+
+namespace orvia {
+
+class DefaultsStore;
+class NetworkSession;
+class TokenStore;
+
+/// A teammate's unsent draft as shown under a conversation.
+struct AgentDraft {
+    QString agentId;
+    QString agentName;
+    QString text;
+
+    friend bool operator==(const AgentDraft&, const AgentDraft&) = default;
+};
+
+/// The one observable state object of the console. Every screen reads it and calls its operations; nothing
+/// else holds state that outlives a screen. Main thread only.
+///
+/// Each stored field has a reader and a signal that tells of a real change; assigning an equal value notifies
+/// nobody. The inbox and the threads say what changed, by position and id, so that an event costs the same
+/// whatever their size. Operations never fail towards screens, except @c login: they report through the
+/// banner. Their tasks may be dropped, and may outlive the session.
+class Session : public QObject {
+    Q_OBJECT
+
+public:
+    using Clock = std::function<Instant()>;
+
+    /// What the session is built from. The stores and the network session outlive it.
+    struct Collaborators {
+        DefaultsStore& defaults;
+        TokenStore& tokenStore;
+        NetworkSession& urlSession;
+        QUrl baseURL;
+        SessionTimings timings = {};
+        Clock now = currentInstant;
+        SocketTimings socketTimings = {};
+    };
+
+    /// Reads the stored token and restores the cached identity. No network.
+    explicit Session(Collaborators collaborators, QObject* parent = nullptr);
+    ~Session() override;
+
+    // Constants
+
+    const QUrl& baseURL() const { return m_baseURL; }
+    NetworkSession& urlSession() const { return m_urlSession; }
+    const SessionTimings& timings() const { return m_timings; }
+    SocketClient& socket() { return *m_socket; }
+    /// A client for one operation, with the current token.
+    APIClient client() const;
+
+    // Identity
+
+    const std::optional<QString>& token() const { return m_token; }
+    const std::optional<Agent>& agent() const { return m_agent; }
+    const std::vector<Product>& products() const { return m_products; }
+    /// The teammates to whom a conversation can be assigned, in server order.
+    const std::vector<Agent>& assignableAgents() const { return m_assignableAgents; }
+    bool isAdmin() const;
+    /// The product with this id, or null. Valid until the products change.
+    const Product* product(const QString& id) const;
+    std::optional<QString> agentName(const std::optional<QString>& id) const;
+    /// The teammates who serve a product, administrators included, by name.
+    std::vector<Agent> agents(const QString& productId) const;
+
+    /// Wires the live channel and the push object and, with a token, establishes the session. Runs once.
+    QCoro::Task<void> bootstrap();
+    /// Signs in and establishes the session. Throws APIError when the sign-in itself fails.
+    QCoro::Task<void> login(QString email, QString password);
+    void logout();
+    QCoro::Task<void> loadAssignableAgents();
+
+    // Banner and channel state
+
+    const std::optional<QString>& banner() const { return m_banner; }
+    /// Shows @p text until the banner's time is over or a newer text replaces it.
+    void showBanner(const QString& text);
+    bool socketConnected() const { return m_socketConnected; }
+
+    // Inbox
+
+    const ConversationStore& conversations() const { return m_conversations; }
+    const MessageStore& messages() const { return m_messages; }
+    ConversationStatus statusFilter() const { return m_statusFilter; }
+    void setStatusFilter(ConversationStatus status);
+    /// The product whose conversations are listed; absent lists all.
+    const std::optional<QString>& productFilter() const { return m_productFilter; }
+    void setProductFilter(const std::optional<QString>& productId);
+    InboxQueue queue() const { return m_queue; }
+    void setQueue(InboxQueue queue);
+    bool showSnoozed() const { return m_showSnoozed; }
+    void setShowSnoozed(bool show);
+    bool isLoadingList() const { return m_isLoadingList; }
+    /// The conversations that pass the filters at this instant, latest activity first. Computed on every read;
+    /// the pointers are valid until the inbox changes.
+    std::vector<const Conversation*> filteredConversations() const;
+    /// Whether @p conversation passes the filters at @p instant.
+    bool isListed(const Conversation& conversation, Instant instant) const;
+    /// Reloads the inbox: the open and the closed page together. Changing a filter does not reload by itself.
+    QCoro::Task<void> refreshConversations();
+    /// Adds @p message to a loaded or live thread unless it is there, and clears the marks that it fulfils.
+    void append(const Message& message, const QString& conversationId);
+
+    // Selection
+
+    const std::optional<QString>& selectedConversationId() const { return m_selectedConversationId; }
+    /// Announces the selection on the live channel.
+    void setSelectedConversationId(const std::optional<QString>& id);
+    bool showVisitorPanel() const { return m_showVisitorPanel; }
+    void setShowVisitorPanel(bool show);
+
+    // Conversation operations
+
+    QCoro::Task<void> loadConversation(QString id);
+    QCoro::Task<std::vector<CannedResponse>> loadCanned(std::optional<QString> productId);
+    QCoro::Task<void> sendMessage(QString conversationId, QString body, bool note, QStringList mentions);
+    /// An absent @p agentId unassigns.
+    QCoro::Task<void> assign(QString conversationId, std::optional<QString> agentId);
+    /// An absent @p until ends the snooze.
+    QCoro::Task<void> snooze(QString conversationId, std::optional<Instant> until);
+    QCoro::Task<void> setStatus(ConversationStatus status, QString conversationId);
+    /// The visitor's conversations in server order; empty on any failure, silently.
+    QCoro::Task<std::vector<Conversation>> visitorConversations(QString email);
+
+    // Live updates
+
+    void handle(const SocketEvent& event);
+    /// Tells teammates what the agent is typing, at most once per throttle interval and conversation.
+    void sendTyping(const QString& conversationId, const QString& preview);
+    bool isVisitorTyping(const QString& conversationId) const { return m_typingConversations.contains(conversationId); }
+    const QSet<QString>& typingConversations() const { return m_typingConversations; }
+    const QHash<QString, QString>& typingPreviews() const { return m_typingPreviews; }
+    const QHash<QString, AgentDraft>& agentPreviews() const { return m_agentPreviews; }
+    const QHash<QString, std::vector<ViewerAgent>>& viewers() const { return m_viewers; }
+
+    // Search
+
+    const QString& searchText() const { return m_searchText; }
+    void setSearchText(const QString& text);
+    const std::vector<SearchResult>& searchResults() const { return m_searchResults; }
+    bool isSearching() const { return m_isSearching; }
+    void clearSearch();
+    void openSearchResult(const SearchResult& result);
+
+    // Preferences
+
+    QCoro::Task<void> setNotifyMode(NotifyMode mode);
+    QCoro::Task<void> setMuted(QString conversationId, bool muted);
+    bool isMuted(const QString& conversationId) const;
+    void openFromDeepLink(const QString& conversationId);
+
+Q_SIGNALS:
+    void tokenChanged();
+    void agentChanged();
+    void productsChanged();
+    void assignableAgentsChanged();
+    void bannerChanged();
+    void socketConnectedChanged();
+    void statusFilterChanged();
+    void productFilterChanged();
+    void queueChanged();
+    void showSnoozedChanged();
+    void isLoadingListChanged();
+    void selectedConversationIdChanged();
+    void showVisitorPanelChanged();
+    void searchTextChanged();
+    void searchResultsChanged();
+    void isSearchingChanged();
+
+    /// The whole inbox was replaced; every pointer and position is void.
+    void conversationsReset();
+    /// A conversation was added at the end of the inbox. Pointers into it are void.
+    void conversationInserted(qsizetype index);
+    /// The record at this position of the inbox was replaced by another one with the same id.
+    void conversationChanged(qsizetype index);
+
+    /// The whole thread was replaced.
+    void threadReset(const QString& conversationId);
+    /// A message was added at the end of the thread.
+    void messageAppended(const QString& conversationId);
+
+    // The entry of one conversation was set to a different value, or removed.
+    void typingConversationChanged(const QString& conversationId);
+    void typingPreviewChanged(const QString& conversationId);
+    void agentPreviewChanged(const QString& conversationId);
+    void viewersChanged(const QString& conversationId);
+    /// The canned responses cached under this product key changed; the empty key stands for no product.
+    void cannedCacheChanged(const QString& productKey);
+
+private:
+    /// The signed-in identity as it is kept in the defaults.
+    struct CachedIdentity;
+
+    template <class Value>
+    void assignField(Value& field, Value value, void (Session::*changed)());
+    template <class Value>
+    void setEntry(QHash<QString, Value>& entries, const QString& id, Value value,
+                  void (Session::*changed)(const QString&));
+    template <class Value>
+    void removeEntry(QHash<QString, Value>& entries, const QString& id, void (Session::*changed)(const QString&));
+    template <class Value>
+    void removeAllEntries(QHash<QString, Value>& entries, void (Session::*changed)(const QString&));
+
+    // Identity
+    QCoro::Task<void> establishSession();
+    QCoro::Task<bool> loadIdentity();
+    void restoreIdentity();
+    void cacheIdentity();
+    void scheduleSessionRetry();
+    QCoro::Task<void> registerDeviceIfPossible();
+    void socketConnectionChanged(bool connected);
+
+    // Inbox
+    bool matchesQueue(const Conversation& conversation) const;
+    void upsert(Conversation conversation);
+    void revealConversation(const Conversation& conversation);
+
+    // Live updates
+    void handleMessage(const SocketEvent& event);
+    void handleTyping(const SocketEvent& event);
+    void handleViewers(const SocketEvent& event);
+    void handleRead(const SocketEvent& event);
+    void markTyping(const QString& conversationId);
+    void markPreview(const QString& conversationId, const QString& preview);
+    void clearPreview(const QString& conversationId);
+    void markAgentPreview(const QString& conversationId, const AgentDraft& draft);
+    void clearAgentPreview(const QString& conversationId, const QString& agentId);
+
+    // Search
+    void scheduleSearch();
+    QCoro::Task<void> runSearch(QString query, quint64 generation);
+
+    DefaultsStore& m_defaults;
+    TokenStore& m_tokenStore;
+    NetworkSession& m_urlSession;
+    const QUrl m_baseURL;
+    const SessionTimings m_timings;
+    const Clock m_now;
+    std::unique_ptr<SocketClient> m_socket;
+
+    std::optional<QString> m_token;
+    std::optional<Agent> m_agent;
+    std::vector<Product> m_products;
+    std::vector<Agent> m_assignableAgents;
+    std::optional<QString> m_banner;
+    bool m_socketConnected = false;
+    ConversationStore m_conversations;
+    MessageStore m_messages;
+    std::optional<QString> m_selectedConversationId;
+    bool m_showVisitorPanel = false;
+    ConversationStatus m_statusFilter = ConversationStatus::open;
+    std::optional<QString> m_productFilter;
+    InboxQueue m_queue = InboxQueue::all;
+    bool m_showSnoozed = false;
+    bool m_isLoadingList = false;
+    QString m_searchText;
+    std::vector<SearchResult> m_searchResults;
+    bool m_isSearching = false;
+    QSet<QString> m_typingConversations;
+    QHash<QString, QString> m_typingPreviews;
+    QHash<QString, AgentDraft> m_agentPreviews;
+    QHash<QString, std::vector<ViewerAgent>> m_viewers;
+    QHash<QString, std::vector<CannedResponse>> m_cannedCache;
+
+    QTimer* m_bannerDismiss;
+    QTimer* m_sessionRetry;
+    QTimer* m_searchDebounce;
+    quint64 m_searchGeneration = 0; ///< raised by every cancelled search, so that a late answer is known as such
+    KeyedTimers m_typingClear;
+    KeyedTimers m_previewClear;
+    KeyedTimers m_agentPreviewClear;
+    QHash<QString, Instant> m_lastTypingSentAt;
+    bool m_didBootstrap = false;
+};
+
+} // namespace orvia
