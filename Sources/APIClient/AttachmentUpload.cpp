@@ -4,6 +4,8 @@
 
 namespace orvia {
 
+using namespace Qt::StringLiterals;
+
 QByteArray multipartBody(const QByteArray& boundary, const QString& fileName, const QString& mimeType,
                          const QByteArray& data, bool note)
 {
@@ -30,7 +32,7 @@ QCoro::Task<Message> APIClient::uploadAttachment(QString conversationId, QString
 {
     const QByteArray boundary = "orvia-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
     auto response = co_await perform<MessageResponse>(
-        "POST", u"/v1/agent/conversations/" + conversationId + u"/attachments", {},
+        "POST", "/v1/agent/conversations/"_L1 + conversationId + "/attachments"_L1, {},
         multipartBody(boundary, fileName, mimeType, data, note), "multipart/form-data; boundary=" + boundary);
     co_return std::move(response.message);
 }

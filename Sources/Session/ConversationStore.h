@@ -23,6 +23,7 @@ public:
     const Conversation& at(qsizetype index) const { return m_conversations[static_cast<std::size_t>(index)]; }
 
     void assign(std::vector<Conversation> conversations);
+    /// Adds a conversation whose id is not in the store.
     void append(Conversation conversation);
     void replace(qsizetype index, Conversation conversation);
 
