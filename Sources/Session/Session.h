@@ -12,10 +12,9 @@
 #include <QHash>
 #include <QObject>
 #include <QSet>
+#include <QTimer>
 
 #include <functional>
-
-class QTimer;
 
 namespace orvia {
 
@@ -147,7 +146,6 @@ public:
     void handle(const SocketEvent& event);
     /// Tells teammates what the agent is typing, at most once per throttle interval and conversation.
     void sendTyping(const QString& conversationId, const QString& preview);
-    bool isVisitorTyping(const QString& conversationId) const { return m_typingConversations.contains(conversationId); }
     const QSet<QString>& typingConversations() const { return m_typingConversations; }
     const QHash<QString, QString>& typingPreviews() const { return m_typingPreviews; }
     const QHash<QString, AgentDraft>& agentPreviews() const { return m_agentPreviews; }
@@ -208,13 +206,15 @@ Q_SIGNALS:
     void cannedCacheChanged(const QString& productKey);
 
 private:
+    inline static const QString tokenKey = QStringLiteral("agentToken");
+
     /// The signed-in identity as it is kept in the defaults.
     struct CachedIdentity;
 
     template <class Value>
-    void assignField(Value& field, Value value, void (Session::*changed)());
+    void assignField(Value& field, std::type_identity_t<Value> value, void (Session::*changed)());
     template <class Value>
-    void setEntry(QHash<QString, Value>& entries, const QString& id, Value value,
+    void setEntry(QHash<QString, Value>& entries, const QString& id, std::type_identity_t<Value> value,
                   void (Session::*changed)(const QString&));
     template <class Value>
     void removeEntry(QHash<QString, Value>& entries, const QString& id, void (Session::*changed)(const QString&));
@@ -227,20 +227,28 @@ private:
     void restoreIdentity();
     void cacheIdentity();
     void scheduleSessionRetry();
+    void retrySession();
     QCoro::Task<void> registerDeviceIfPossible();
     void socketConnectionChanged(bool connected);
 
     // Inbox
     bool matchesQueue(const Conversation& conversation) const;
+    void replaceConversations(std::vector<Conversation> conversations);
+    void removeAllThreads();
     void upsert(Conversation conversation);
     void revealConversation(const Conversation& conversation);
 
+    // Conversation operations
+    QCoro::Task<void> mergeAnswer(QCoro::Task<Conversation> request);
+
     // Live updates
     void handleMessage(const SocketEvent& event);
+    void handleConversation(const SocketEvent& event);
     void handleTyping(const SocketEvent& event);
     void handleViewers(const SocketEvent& event);
     void handleRead(const SocketEvent& event);
     void markTyping(const QString& conversationId);
+    void unmarkTyping(const QString& conversationId);
     void markPreview(const QString& conversationId, const QString& preview);
     void clearPreview(const QString& conversationId);
     void markAgentPreview(const QString& conversationId, const AgentDraft& draft);
@@ -248,6 +256,8 @@ private:
 
     // Search
     void scheduleSearch();
+    void cancelSearch();
+    void startSearch();
     QCoro::Task<void> runSearch(QString query, quint64 generation);
 
     DefaultsStore& m_defaults;
@@ -282,9 +292,9 @@ private:
     QHash<QString, std::vector<ViewerAgent>> m_viewers;
     QHash<QString, std::vector<CannedResponse>> m_cannedCache;
 
-    QTimer* m_bannerDismiss;
-    QTimer* m_sessionRetry;
-    QTimer* m_searchDebounce;
+    QTimer m_bannerDismiss;
+    QTimer m_sessionRetry;
+    QTimer m_searchDebounce;
     quint64 m_searchGeneration = 0; ///< raised by every cancelled search, so that a late answer is known as such
     KeyedTimers m_typingClear;
     KeyedTimers m_previewClear;
