@@ -2,7 +2,10 @@
 
 #include "Models/SocketEvent.h"
 
+#include <QByteArray>
 #include <QObject>
+#include <QStringList>
+#include <QTimer>
 #include <QUrl>
 
 #include <chrono>
@@ -10,7 +13,6 @@
 #include <memory>
 #include <optional>
 
-class QTimer;
 class QWebSocket;
 
 namespace orvia {
@@ -23,8 +25,8 @@ struct SocketTimings {
     std::chrono::milliseconds longestReconnectDelay = std::chrono::seconds(30);
 };
 
-/// The wait before the reconnect that follows @p attempt reconnects without a sign of life: 1, 2, 4, 8, 16, 30,
-/// 30, ... times the first delay with the default timings.
+/// The wait before the reconnect that follows @p attempt reconnects without a sign of life: 1, 2, 4, 8, 16,
+/// 30, 30, ... times the first delay with the default timings.
 std::chrono::milliseconds reconnectDelay(qint64 attempt, const SocketTimings& timings);
 
 /// One WebSocket (RFC 6455) to the service that decodes inbound frames, sends small JSON text frames, keeps
@@ -58,11 +60,36 @@ public:
     /// The address that @p baseURL and @p token give, or none when they form no URL.
     static std::optional<QUrl> socketURL(const QUrl& baseURL, const QString& token);
 
-    // More private members are the implementation's.
+    /// Inbound messages beyond this many bytes end the connection.
+    static constexpr quint64 maxMessageBytes = 4 * 1024 * 1024;
+
 private:
+    class SignalScope;
+
     void deliver(const QString& text);
     void open();
+    void listenTo(QWebSocket* socket);
+    void opened();
+    void receive(QByteArrayView bytes);
+    void lost();
     void scheduleReconnect();
+    /// Lets go of the current connection, saying goodbye where it is up.
+    void dropConnection();
+    void report(bool connected);
+
+    SocketTimings m_timings;
+    std::optional<QUrl> m_url;
+    qint64 m_attempt = 0; ///< reconnects scheduled since the last sign of life
+    bool m_manuallyClosed = false;
+
+    QWebSocket* m_socket = nullptr; ///< the one connection that counts
+    bool m_awaitsFirstPong = false;
+    QStringList m_waitingTexts; ///< frames sent while the connection was being opened
+    QByteArray m_inbound;       ///< the bytes of the last text frame, kept for their capacity
+    int m_signalDepth = 0;      ///< how many signals of connections are being handled
+    QTimer m_pingTimer;
+    QTimer m_handshakeTimer;
+    QTimer m_reconnectTimer;
 };
 
 } // namespace orvia

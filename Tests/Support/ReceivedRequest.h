@@ -1,5 +1,10 @@
 #pragma once
 
+<<<<<<< HEAD
+=======
+#include "Support/Printing.h"
+
+>>>>>>> socket
 #include <QByteArray>
 
 #include <optional>

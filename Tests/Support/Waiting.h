@@ -1,6 +1,7 @@
 #pragma once
 
 #include "APIClient/APIError.h"
+#include "Support/Printing.h"
 
 #include <QCoro/QCoroTask>
 

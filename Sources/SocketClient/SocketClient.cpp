@@ -1,0 +1,219 @@
+#include "SocketClient/SocketClient.h"
+
+#include "Models/APIJSON.h"
+
+#include <QPointer>
+#include <QStringEncoder>
+#include <QWebSocket>
+
+#include <cmath>
+
+namespace orvia {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Buffers beyond this are not worth keeping between frames.
+constexpr qsizetype largestKeptBuffer = 64 * 1024;
+
+std::optional<SocketEvent> decodedEvent(QByteArrayView bytes) {
+    try {
+        return APIJSON::decoder.decode<SocketEvent>(bytes);
+    } catch (const DecodingError&) {
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+std::chrono::milliseconds reconnectDelay(qint64 attempt, const SocketTimings& timings) {
+    constexpr qint64 largestExponent = 1000; // far beyond every limit, and still a finite number
+    const double delay = std::ldexp(static_cast<double>(timings.firstReconnectDelay.count()),
+                                    static_cast<int>(std::clamp<qint64>(attempt, 0, largestExponent)));
+    const double longest = static_cast<double>(timings.longestReconnectDelay.count());
+    return std::chrono::milliseconds(static_cast<qint64>(std::min(delay, longest)));
+}
+
+/// Marks that a connection's signal is on the stack, where that connection must not be destroyed. Knows
+/// whether the client outlived what its callbacks did.
+class SocketClient::SignalScope {
+public:
+    explicit SignalScope(SocketClient* client) : m_client(client) { ++client->m_signalDepth; }
+    ~SignalScope() {
+        if (m_client)
+            --m_client->m_signalDepth;
+    }
+    SignalScope(const SignalScope&) = delete;
+    SignalScope& operator=(const SignalScope&) = delete;
+
+private:
+    QPointer<SocketClient> m_client;
+};
+
+SocketClient::SocketClient(SocketTimings timings, QObject* parent) : QObject(parent), m_timings(timings) {
+    m_pingTimer.setTimerType(Qt::PreciseTimer);
+    m_pingTimer.setInterval(timings.pingInterval);
+    QObject::connect(&m_pingTimer, &QTimer::timeout, this, [this] { m_socket->ping(); });
+
+    m_handshakeTimer.setSingleShot(true);
+    m_handshakeTimer.setInterval(timings.handshakeTimeout);
+    QObject::connect(&m_handshakeTimer, &QTimer::timeout, this, &SocketClient::lost);
+
+    m_reconnectTimer.setTimerType(Qt::PreciseTimer);
+    m_reconnectTimer.setSingleShot(true);
+    QObject::connect(&m_reconnectTimer, &QTimer::timeout, this, &SocketClient::open);
+}
+
+SocketClient::~SocketClient() {
+    dropConnection();
+}
+
+std::optional<QUrl> SocketClient::socketURL(const QUrl& baseURL, const QString& token) {
+    if (baseURL.isEmpty() || !baseURL.isValid())
+        return std::nullopt;
+    QUrl url = baseURL;
+    url.setScheme(baseURL.scheme() == "https"_L1 ? u"wss"_s : u"ws"_s);
+    url.setPath(u"/ws"_s);
+    // Encoded here, because "+" would stay as it is otherwise and a service reads that as a space.
+    url.setQuery(u"token="_s + QString::fromLatin1(QUrl::toPercentEncoding(token)), QUrl::StrictMode);
+    url.setFragment(QString());
+    return url.isValid() ? std::optional(url) : std::nullopt;
+}
+
+void SocketClient::connect(const QUrl& baseURL, const QString& token) {
+    if (baseURL.isEmpty() || !baseURL.isValid())
+        return;
+    m_url = socketURL(baseURL, token);
+    m_manuallyClosed = false;
+    m_attempt = 0;
+    open();
+}
+
+void SocketClient::disconnect() {
+    m_manuallyClosed = true;
+    m_reconnectTimer.stop();
+    dropConnection();
+    report(false);
+}
+
+void SocketClient::open() {
+    if (!m_url || m_manuallyClosed)
+        return;
+    m_reconnectTimer.stop();
+    dropConnection();
+
+    m_socket = new QWebSocket(QString(), QWebSocketProtocol::VersionLatest);
+    m_socket->setMaxAllowedIncomingFrameSize(maxMessageBytes);
+    m_socket->setMaxAllowedIncomingMessageSize(maxMessageBytes);
+    listenTo(m_socket);
+    m_handshakeTimer.start();
+    // The last statement: an address that cannot be used fails at once, with all that follows from it.
+    m_socket->open(*m_url);
+}
+
+/// Each handler acts for the current connection only. A failure may be told by either of two signals, or by
+/// both; the first one makes the connection no longer current.
+void SocketClient::listenTo(QWebSocket* socket) {
+    const auto whileCurrent = [this, socket](auto handler) {
+        return [this, socket, handler](const auto&... arguments) {
+            if (socket != m_socket)
+                return;
+            const SignalScope scope(this);
+            handler(arguments...);
+        };
+    };
+    QObject::connect(socket, &QWebSocket::connected, this, whileCurrent([this] { opened(); }));
+    QObject::connect(socket, qOverload<QAbstractSocket::SocketError>(&QWebSocket::error), this,
+                     whileCurrent([this](const auto&) { lost(); }));
+    QObject::connect(socket, &QWebSocket::disconnected, this, whileCurrent([this] { lost(); }));
+    QObject::connect(socket, &QWebSocket::pong, this, whileCurrent([this](const auto&...) {
+                         // Only the first ping of a connection asks whether it is alive.
+                         if (!std::exchange(m_awaitsFirstPong, false))
+                             return;
+                         m_attempt = 0;
+                         report(true);
+                     }));
+    QObject::connect(socket, &QWebSocket::binaryMessageReceived, this,
+                     whileCurrent([this](const QByteArray& message) { receive(message); }));
+    QObject::connect(socket, &QWebSocket::textMessageReceived, this,
+                     whileCurrent([this](const QString& message) {
+                         QStringEncoder encoder(QStringEncoder::Utf8);
+                         m_inbound.resize(encoder.requiredSpace(message.size()));
+                         const char* end = encoder.appendToBuffer(m_inbound.data(), message);
+                         receive(QByteArrayView(m_inbound.constData(), end));
+                     }));
+}
+
+void SocketClient::opened() {
+    m_handshakeTimer.stop();
+    m_awaitsFirstPong = true;
+    m_pingTimer.start();
+    // Any write may find the connection broken, and then the owner may even destroy this client.
+    const QPointer<SocketClient> self(this);
+    const QStringList texts = std::exchange(m_waitingTexts, {});
+    QWebSocket* const socket = m_socket;
+    socket->ping();
+    for (const QString& text : texts) {
+        if (!self || socket != m_socket)
+            return;
+        socket->sendTextMessage(text);
+    }
+}
+
+void SocketClient::receive(QByteArrayView bytes) {
+    // Decoded before anybody is told: a callback may run the event loop, and with it reuse the buffer.
+    const std::optional<SocketEvent> event = decodedEvent(bytes);
+    if (m_inbound.capacity() > largestKeptBuffer)
+        m_inbound = QByteArray();
+
+    const QPointer<SocketClient> self(this);
+    const QWebSocket* const socket = m_socket;
+    m_attempt = 0;
+    report(true);
+    if (!event || !self || socket != m_socket || !onEvent)
+        return;
+    // A copy, so that the callback may replace itself or destroy this client.
+    const auto callback = onEvent;
+    callback(*event);
+}
+
+void SocketClient::lost() {
+    dropConnection();
+    scheduleReconnect();
+}
+
+void SocketClient::scheduleReconnect() {
+    const QPointer<SocketClient> self(this);
+    report(false);
+    // The callback may have destroyed or closed this client, or opened the channel anew.
+    if (!self || m_manuallyClosed || m_socket)
+        return;
+    m_reconnectTimer.start(reconnectDelay(m_attempt++, m_timings));
+}
+
+void SocketClient::dropConnection() {
+    m_pingTimer.stop();
+    m_handshakeTimer.stop();
+    m_waitingTexts.clear();
+    m_awaitsFirstPong = false;
+    QWebSocket* const socket = std::exchange(m_socket, nullptr);
+    if (!socket)
+        return;
+    QObject::disconnect(socket, nullptr, this, nullptr);
+    if (socket->state() == QAbstractSocket::ConnectedState)
+        socket->close(QWebSocketProtocol::CloseCodeGoingAway);
+    else
+        socket->abort();
+    if (m_signalDepth == 0)
+        delete socket;
+    else
+        socket->deleteLater();
+}
+
+void SocketClient::report(bool connected) {
+    if (const auto callback = onConnectionChange)
+        callback(connected);
+}
+
+} // namespace orvia

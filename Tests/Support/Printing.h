@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <ostream>
+
+/// How failed expectations show texts; they would be lists of numbers otherwise. Found by the types'
+/// namespace.
+QT_BEGIN_NAMESPACE
+
+inline void PrintTo(const QString& text, std::ostream* stream) {
+    *stream << '"' << text.toStdString() << '"';
+}
+
+inline void PrintTo(const QByteArray& bytes, std::ostream* stream) {
+    *stream << '"' << bytes.toStdString() << '"';
+}
+
+QT_END_NAMESPACE
