@@ -145,12 +145,13 @@ TEST(MentionSuggestions, ContainTheTypedText) {
 TEST(MentionSuggestions, StayCheapInLongDrafts) {
     std::vector<Agent> team;
     for (int i = 0; i < 200; ++i)
-        team.push_back(agent(QString::number(i), u"Agent %1"_s.arg(i, 3, 10, QLatin1Char('0'))));
+        team.push_back(agent(QString::number(i), u"Agent %1"_s.arg(i)));
     const QString marks = u"@\u0301"_s.repeated(10'000);
     EXPECT_EQ(MentionComposer::query(u"@a"_s + marks, true), u"a"_s + marks);
-    const QString draft = u"@Agent 199 and "_s + u"word @"_s.repeated(2'000) + u"agent"_s;
-    EXPECT_THAT(ids(MentionComposer::matches(team, std::nullopt, draft, true)), IsEmpty());
-    EXPECT_EQ(MentionComposer::matches(team, std::nullopt, draft.chopped(5) + u" @agent"_s, true).size(), 6U);
+    const QString draft = u"@Agent 199 and "_s + u"word @"_s.repeated(2'000);
+    EXPECT_THAT(ids(MentionComposer::matches(team, std::nullopt, draft + u"199"_s, true)), IsEmpty());
+    EXPECT_THAT(ids(MentionComposer::matches(team, std::nullopt, draft + u"T 19"_s, true)),
+                ElementsAre(u"19"_s, u"190"_s, u"191"_s, u"192"_s, u"193"_s, u"194"_s));
     EXPECT_EQ(MentionComposer::candidates(team, std::nullopt, draft).size(), 199U);
 }
 
