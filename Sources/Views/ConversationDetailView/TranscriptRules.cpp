@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QDateTime>
 
-
 namespace orvia::TranscriptRules {
 
 using namespace Qt::StringLiterals;
