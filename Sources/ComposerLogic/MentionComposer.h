@@ -9,7 +9,8 @@
 #include <vector>
 
 /// Finding, offering and inserting @mentions in an internal note. Pure functions; a character is a
-/// user-perceived character (an extended grapheme cluster, UAX #29), and texts compare by canonical equivalence.
+/// user-perceived character (an extended grapheme cluster, UAX #29), and texts compare by canonical
+/// equivalence.
 namespace orvia::MentionComposer {
 
 /// The partial name being typed after the last "@", or none. Replies carry no mentions.
@@ -22,7 +23,8 @@ std::vector<Agent> candidates(const std::vector<Agent>& agents, const std::optio
 /// Whether @p text holds "@" and @p name, not followed by a letter or a number.
 bool mentions(const QString& text, const QString& name);
 
-/// @p text with everything from the last "@" on replaced by the agent's mention and a space; unchanged without one.
+/// @p text with everything from the last "@" on replaced by the agent's mention and a space; unchanged
+/// without one.
 QString inserting(const Agent& agent, const QString& text);
 
 /// The ids of the picked agents whom the final text still mentions, in picked order.

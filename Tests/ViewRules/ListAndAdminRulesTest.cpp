@@ -1,0 +1,73 @@
+#include "Views/AdminViews/AdminRules.h"
+#include "Views/ConversationListView/ListRules.h"
+
+#include <gmock/gmock.h>
+
+namespace orvia {
+namespace {
+
+using namespace Qt::StringLiterals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using UnicodeText::Range;
+
+TEST(ViewingCaption, NamesOneAndCountsMore) {
+    const ViewerAgent dana{u"1"_s, u"Dana"_s};
+    const ViewerAgent eve{u"2"_s, u"Eve"_s};
+    const ViewerAgent nameless{u"3"_s, u""_s};
+    EXPECT_EQ(ListRules::viewingCaption({}), std::nullopt);
+    EXPECT_EQ(ListRules::viewingCaption({nameless, nameless}), std::nullopt);
+    EXPECT_EQ(ListRules::viewingCaption({nameless, dana}), u"Dana viewing"_s);
+    EXPECT_EQ(ListRules::viewingCaption({dana, eve, nameless}), u"2 viewing"_s);
+}
+
+TEST(EmptyTitle, DependsOnQueueAndStatus) {
+    using enum InboxQueue;
+    EXPECT_EQ(ListRules::emptyTitle(mine, ConversationStatus::closed), u"Nothing Assigned to You"_s);
+    EXPECT_EQ(ListRules::emptyTitle(unassigned, ConversationStatus::open), u"Nothing Unassigned"_s);
+    EXPECT_EQ(ListRules::emptyTitle(all, ConversationStatus::open), u"No Open Conversations"_s);
+    EXPECT_EQ(ListRules::emptyTitle(all, ConversationStatus::closed), u"No Closed Conversations"_s);
+}
+
+TEST(Highlighted, FindsEveryOccurrence) {
+    EXPECT_THAT(ListRules::highlighted(u"Lid, lid and LIDS"_s, u"lid"_s),
+                ElementsAre(Range{0, 3}, Range{5, 3}, Range{13, 3}));
+    EXPECT_THAT(ListRules::highlighted(u"aaaa"_s, u"aa"_s), ElementsAre(Range{0, 2}, Range{2, 2}));
+    EXPECT_THAT(ListRules::highlighted(u"text"_s, u""_s), IsEmpty());
+    EXPECT_THAT(ListRules::highlighted(u""_s, u"x"_s), IsEmpty());
+    EXPECT_THAT(ListRules::highlighted(u"Cafe\u0301 CAF\u00C9 cafe"_s, u"caf\u00E9"_s),
+                ElementsAre(Range{0, 5}, Range{6, 4}));
+    EXPECT_THAT(ListRules::highlighted(u"Cafe\u0301"_s, u"cafe"_s), IsEmpty());
+    EXPECT_THAT(ListRules::highlighted(u"Stra\u00DFe"_s, u"STRA\u1E9EE"_s), ElementsAre(Range{0, 6}));
+    EXPECT_THAT(ListRules::highlighted(u"\U0001F600 ok \U0001F600"_s, u"\U0001F600"_s),
+                ElementsAre(Range{0, 2}, Range{6, 2}));
+    EXPECT_EQ(ListRules::highlighted(QString(100'000, u'a'), u"A"_s).size(), 100'000U);
+}
+
+TEST(GreetingDelay, IsADecimalIntegerOrZero) {
+    const std::vector<std::pair<QString, qint64>> cases{
+        {u"12"_s, 12},
+        {u"+7"_s, 7},
+        {u"-3"_s, -3},
+        {u"007"_s, 7},
+        {u"9223372036854775807"_s, std::numeric_limits<qint64>::max()},
+        {u"-9223372036854775808"_s, std::numeric_limits<qint64>::min()},
+        {u"9223372036854775808"_s, 0},
+        {u""_s, 0},
+        {u"+"_s, 0},
+        {u"-"_s, 0},
+        {u"+-5"_s, 0},
+        {u" 5"_s, 0},
+        {u"5 "_s, 0},
+        {u"5s"_s, 0},
+        {u"1.5"_s, 0},
+        {u"1,000"_s, 0},
+        {u"0x10"_s, 0},
+        {u"\u0665"_s, 0},
+    };
+    for (const auto& [text, seconds] : cases)
+        EXPECT_EQ(AdminRules::greetingDelay(text), seconds) << qPrintable(text);
+}
+
+} // namespace
+} // namespace orvia

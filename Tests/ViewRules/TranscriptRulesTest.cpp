@@ -1,0 +1,152 @@
+#include "Views/ConversationDetailView/TranscriptRules.h"
+
+#include <QDateTime>
+
+#include <gtest/gtest.h>
+
+namespace orvia {
+namespace {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+constexpr Instant ten{std::chrono::hours(10)};
+
+Message message(MessageSender sender, std::optional<Instant> at = ten, std::optional<MessageVia> via = {}) {
+    Message made;
+    made.sender = sender;
+    made.createdAt = at;
+    made.via = via;
+    return made;
+}
+
+TEST(TimeDivider, ShowsAfterMoreThanTenMinutes) {
+    const Message first = message(MessageSender::visitor);
+    EXPECT_FALSE(TranscriptRules::showsTimeDivider(nullptr, first));
+    EXPECT_FALSE(TranscriptRules::showsTimeDivider(&first, message(MessageSender::agent, ten + 600s)));
+    EXPECT_TRUE(TranscriptRules::showsTimeDivider(&first, message(MessageSender::agent, ten + 600s + 1ms)));
+    EXPECT_FALSE(TranscriptRules::showsTimeDivider(&first, message(MessageSender::agent, ten - 1h)));
+    EXPECT_FALSE(TranscriptRules::showsTimeDivider(&first, message(MessageSender::agent, std::nullopt)));
+    const Message timeless = message(MessageSender::visitor, std::nullopt);
+    EXPECT_FALSE(TranscriptRules::showsTimeDivider(&timeless, first));
+}
+
+TEST(TopSpacing, DependsOnTheNeighbourAbove) {
+    const Message visitor = message(MessageSender::visitor);
+    const Message agent = message(MessageSender::agent);
+    EXPECT_EQ(TranscriptRules::topSpacing(nullptr, agent, false), 0);
+    EXPECT_EQ(TranscriptRules::topSpacing(&agent, agent, true), 0);
+    EXPECT_EQ(TranscriptRules::topSpacing(&agent, agent, false), 3);
+    EXPECT_EQ(TranscriptRules::topSpacing(&visitor, agent, false), 12);
+}
+
+TEST(EmailCaption, ClosesARunOfEmails) {
+    const Message visitorMail = message(MessageSender::visitor, ten, MessageVia::email);
+    const Message agentMail = message(MessageSender::agent, ten, MessageVia::email);
+    const Message visitorChat = message(MessageSender::visitor, ten, MessageVia::chat);
+    const Message visitorOther = message(MessageSender::visitor);
+    EXPECT_FALSE(TranscriptRules::showsEmailCaption(visitorMail, &visitorMail));
+    for (const Message* next :
+         {static_cast<const Message*>(nullptr), &agentMail, &visitorChat, &visitorOther})
+        EXPECT_TRUE(TranscriptRules::showsEmailCaption(visitorMail, next));
+    EXPECT_FALSE(TranscriptRules::showsEmailCaption(visitorChat, nullptr));
+    EXPECT_FALSE(TranscriptRules::showsEmailCaption(visitorOther, &agentMail));
+}
+
+TEST(PresenceLine, CountsNamedViewers) {
+    const ViewerAgent ann{u"1"_s, u"Ann %2"_s};
+    const ViewerAgent bob{u"2"_s, u"Bob"_s};
+    const ViewerAgent cy{u"3"_s, u"Cy"_s};
+    const ViewerAgent nameless{u"4"_s, u""_s};
+    EXPECT_EQ(TranscriptRules::presenceLine({}), std::nullopt);
+    EXPECT_EQ(TranscriptRules::presenceLine({nameless}), std::nullopt);
+    EXPECT_EQ(TranscriptRules::presenceLine({nameless, ann}), u"Ann %2 is also viewing"_s);
+    EXPECT_EQ(TranscriptRules::presenceLine({ann, nameless, bob}), u"Ann %2 and Bob are also viewing"_s);
+    EXPECT_EQ(TranscriptRules::presenceLine({ann, bob, cy}), u"Ann %2 and 2 others are also viewing"_s);
+}
+
+TEST(Captions, FallBackWhenNamesAreUnknown) {
+    EXPECT_EQ(TranscriptRules::noteCaption(u"Dana"_s), u"Internal note \u00B7 Dana"_s);
+    EXPECT_EQ(TranscriptRules::noteCaption(u""_s), u"Internal note"_s);
+    EXPECT_EQ(TranscriptRules::noteCaption(std::nullopt), u"Internal note"_s);
+
+    Conversation conversation;
+    EXPECT_EQ(TranscriptRules::assignmentLine(nullptr, u"me"_s, std::nullopt), u"Unassigned"_s);
+    EXPECT_EQ(TranscriptRules::assignmentLine(&conversation, std::nullopt, std::nullopt), u"Unassigned"_s);
+    conversation.assigneeId = u"me"_s;
+    EXPECT_EQ(TranscriptRules::assignmentLine(&conversation, u"me"_s, u"Mara"_s), u"Assigned to you"_s);
+    EXPECT_EQ(TranscriptRules::assignmentLine(&conversation, u"you"_s, u"Mara"_s), u"Assigned to Mara"_s);
+    EXPECT_EQ(TranscriptRules::assignmentLine(&conversation, std::nullopt, std::nullopt),
+              u"Assigned to a teammate"_s);
+}
+
+TEST(AttachmentURL, ResolvesAgainstTheOrigin) {
+    const QUrl origin(u"https://chat.example:8443"_s);
+    const auto resolved = [&origin](const std::optional<QString>& url) {
+        Attachment attachment;
+        attachment.url = url;
+        return TranscriptRules::resolvedURL(attachment, origin);
+    };
+    EXPECT_EQ(resolved(u"/files/1?x=a b"_s), QUrl(u"https://chat.example:8443/files/1?x=a%20b"_s));
+    EXPECT_EQ(resolved(u"files/1"_s), QUrl(u"https://chat.example:8443/files/1"_s));
+    EXPECT_EQ(resolved(u"http://cdn.example/a/../b"_s), QUrl(u"http://cdn.example/a/../b"_s));
+    EXPECT_EQ(resolved(u"http://[bad"_s), std::nullopt);
+    EXPECT_EQ(resolved(u""_s), std::nullopt);
+    EXPECT_EQ(resolved(std::nullopt), std::nullopt);
+}
+
+Instant utc(const char* text) {
+    return *instantFromISO8601(text);
+}
+
+struct SnoozeCase {
+    const char* zone;
+    Instant now;
+    Instant tomorrow;
+    Instant threeDays;
+};
+
+class SnoozeTimes : public testing::TestWithParam<SnoozeCase> {};
+
+TEST_P(SnoozeTimes, FollowTheCalendar) {
+    const QTimeZone zone(QByteArray(GetParam().zone));
+    ASSERT_TRUE(zone.isValid());
+    EXPECT_EQ(iso8601FromInstant(TranscriptRules::tomorrowMorning(GetParam().now, zone)),
+              iso8601FromInstant(GetParam().tomorrow));
+    EXPECT_EQ(iso8601FromInstant(TranscriptRules::threeDaysOut(GetParam().now, zone)),
+              iso8601FromInstant(GetParam().threeDays));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Zones, SnoozeTimes,
+    testing::Values(
+        SnoozeCase{"UTC", utc("2025-02-27T23:59:59Z"), utc("2025-02-28T09:00:00Z"),
+                   utc("2025-03-02T23:59:59Z")},
+        SnoozeCase{"UTC", utc("2025-02-28T00:00:00Z"), utc("2025-03-01T09:00:00Z"),
+                   utc("2025-03-03T00:00:00Z")},
+        // Clocks go forward in the night to the 30th of March and back in the night to the 26th of October.
+        SnoozeCase{"Europe/Berlin", utc("2025-03-29T11:00:00Z"), utc("2025-03-30T07:00:00Z"),
+                   utc("2025-04-01T10:00:00Z")},
+        SnoozeCase{"Europe/Berlin", utc("2025-10-25T10:00:00Z"), utc("2025-10-26T08:00:00Z"),
+                   utc("2025-10-28T11:00:00Z")},
+        // Half past two does not exist on the 30th: the next time that does is three o'clock.
+        SnoozeCase{"Europe/Berlin", utc("2025-03-27T01:30:00Z"), utc("2025-03-28T08:00:00Z"),
+                   utc("2025-03-30T01:00:00Z")},
+        // Half past two exists twice on the 26th: the first one counts.
+        SnoozeCase{"Europe/Berlin", utc("2025-10-23T00:30:00Z"), utc("2025-10-24T07:00:00Z"),
+                   utc("2025-10-26T00:30:00Z")},
+        // Here the 30th of December 2011 never was.
+        SnoozeCase{"Pacific/Apia", utc("2011-12-30T01:00:00Z"), utc("2011-12-30T19:00:00Z"),
+                   utc("2012-01-01T01:00:00Z")},
+        // And here one day was lived twice, nine o'clock included.
+        SnoozeCase{"Pacific/Kwajalein", utc("1969-09-29T00:00:00Z"), utc("1969-09-29T22:00:00Z"),
+                   utc("1969-10-02T23:00:00Z")}));
+
+TEST(SnoozeTimes, SurviveAZoneThatIsUnknown) {
+    const Instant now = utc("2025-02-27T12:00:00Z");
+    EXPECT_EQ(TranscriptRules::tomorrowMorning(now, QTimeZone()), now + 24h);
+    EXPECT_EQ(TranscriptRules::threeDaysOut(now, QTimeZone()), now);
+}
+
+} // namespace
+} // namespace orvia
