@@ -124,7 +124,14 @@ std::optional<Instant> instantFromISO8601(std::string_view text)
                               day(static_cast<unsigned>(*dayNumber)));
     if (!date.ok())
         return std::nullopt;
-    return Instant(sys_days(date)) + hours(*hour) + minutes(*minute) + seconds(*second) + fraction - *zone;
+    const Instant instant =
+        Instant(sys_days(date)) + hours(*hour) + minutes(*minute) + seconds(*second) + fraction - *zone;
+    // An offset may lead out of the years that four digits can write.
+    constexpr Instant earliest = sys_days(year(0) / January / 1);
+    constexpr Instant behindLatest = sys_days(year(10000) / January / 1);
+    if (instant < earliest || instant >= behindLatest)
+        return std::nullopt;
+    return instant;
 }
 
 std::string iso8601FromInstant(Instant instant)
@@ -134,11 +141,11 @@ std::string iso8601FromInstant(Instant instant)
     const year_month_day date(midnight);
     const hh_mm_ss time(wholeSeconds - midnight);
     std::array<char, 48> buffer{};
-    const int length = std::snprintf(buffer.data(), buffer.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
-                                     static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                                     static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
-                                     static_cast<int>(time.minutes().count()),
-                                     static_cast<int>(time.seconds().count()));
+    const int length =
+        std::snprintf(buffer.data(), buffer.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
+                      static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                      static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
+                      static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
     return std::string(buffer.data(), static_cast<std::size_t>(length));
 }
 

@@ -30,7 +30,8 @@ bool readValue(const json::Element& element, Probe& probe, json::Failure& failur
 
 } // namespace
 
-std::vector<OrderedStringMap::Pair> OrderedStringMap::arranged(std::vector<Pair> pairs, bool preservesKeyOrder)
+std::vector<OrderedStringMap::Pair> OrderedStringMap::arranged(std::vector<Pair> pairs,
+                                                               bool preservesKeyOrder)
 {
     if (preservesKeyOrder)
         return pairs;

@@ -57,12 +57,9 @@ struct Product {
     static constexpr auto fields()
     {
         return std::tuple{
-            json::required("_id", &Product::id),
-            json::required("name", &Product::name),
-            json::required("slug", &Product::slug),
-            json::optional("publicKey", &Product::publicKey),
-            json::optional("widget", &Product::widget),
-            json::optional("createdAt", &Product::createdAt),
+            json::required("_id", &Product::id),        json::required("name", &Product::name),
+            json::required("slug", &Product::slug),     json::optional("publicKey", &Product::publicKey),
+            json::optional("widget", &Product::widget), json::optional("createdAt", &Product::createdAt),
         };
     }
 };

@@ -102,7 +102,10 @@ struct MessageResponse {
 
     friend bool operator==(const MessageResponse&, const MessageResponse&) = default;
 
-    static constexpr auto fields() { return std::tuple{json::required("message", &MessageResponse::message)}; }
+    static constexpr auto fields()
+    {
+        return std::tuple{json::required("message", &MessageResponse::message)};
+    }
 };
 
 struct CannedResponsesResponse {

@@ -1,5 +1,9 @@
 #include "Models/JSON/Decoding.h"
 
+#include "Models/JSON/Tolerance.h"
+
+#include <QHash>
+
 #include <mutex>
 
 namespace orvia::json {
@@ -7,43 +11,6 @@ namespace orvia::json {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// The service may send integers beyond 64 bits in custom data, which the parser refuses. Written with an
-/// exponent they are ordinary doubles. Answers the rewritten document, or none when nothing had to change.
-std::optional<std::string> withLongIntegersAsDoubles(std::string_view document)
-{
-    constexpr std::size_t longestSafeInteger = 18;
-    std::string rewritten;
-    std::size_t copied = 0;
-    bool inString = false;
-    for (std::size_t i = 0; i < document.size(); ++i) {
-        const char c = document[i];
-        if (inString) {
-            if (c == '\\')
-                ++i;
-            else if (c == '"')
-                inString = false;
-            continue;
-        }
-        if (c == '"') {
-            inString = true;
-            continue;
-        }
-        if (c < '0' || c > '9')
-            continue;
-        const std::size_t end = std::min(document.find_first_not_of("0123456789+-.eE", i), document.size());
-        const std::string_view number = document.substr(i, end - i);
-        if (number.size() > longestSafeInteger && number.find_first_of("+-.eE") == std::string_view::npos) {
-            rewritten.append(document.substr(copied, end - copied)).append("e0");
-            copied = end;
-        }
-        i = end - 1;
-    }
-    if (copied == 0)
-        return std::nullopt;
-    rewritten.append(document.substr(copied));
-    return rewritten;
-}
 
 /// Parsers keep their buffers, which are worth keeping between documents of ordinary size.
 constexpr std::size_t largestKeptCapacity = 4 * 1024 * 1024;
@@ -110,16 +77,19 @@ ParsedDocument::ParsedDocument(QByteArrayView bytes)
     : m_parser(ParserPool::shared().take())
 {
     std::string_view document(bytes.data(), static_cast<std::size_t>(bytes.size()));
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (document.starts_with(byteOrderMark))
+        document.remove_prefix(byteOrderMark.size());
     simdjson::error_code error = simdjson::CAPACITY;
     if (bytes.size() <= APIJSON::maxDocumentBytes) {
         error = parse(*m_parser, document, m_root);
-        std::optional<std::string> rewritten;
-        if (error == simdjson::NUMBER_ERROR && (rewritten = withLongIntegersAsDoubles(document)))
-            error = parse(*m_parser, *rewritten, m_root);
+        if (error == simdjson::NUMBER_ERROR || error == simdjson::STRING_ERROR) {
+            if (const auto rewritten = withinParserLimits(document))
+                error = parse(*m_parser, *rewritten, m_root);
+        }
     }
     if (error != simdjson::SUCCESS) {
-        throw DecodingError(DecodingError::Kind::syntax,
-                            QString::fromLatin1(simdjson::error_message(error)));
+        throw DecodingError(DecodingError::Kind::syntax, QString::fromLatin1(simdjson::error_message(error)));
     }
 }
 
@@ -171,26 +141,53 @@ bool readValue(const Element& element, Instant& value, Failure& failure)
     return true;
 }
 
+namespace {
+
+/// The text that stands for a value of custom data, or none for values that are left out.
+std::optional<QString> textOfValue(const Element& value)
+{
+    std::string_view text;
+    if (value.get(text) == simdjson::SUCCESS)
+        return toQString(text);
+    bool flag = false;
+    if (value.get(flag) == simdjson::SUCCESS)
+        return flag ? u"true"_s : u"false"_s;
+    double number = 0;
+    if (value.get(number) == simdjson::SUCCESS)
+        return OrderedStringMap::textFromNumber(number);
+    return std::nullopt;
+}
+
+/// The object's members with every key once: of repeated members the last one counts, at the place of the
+/// first.
+std::vector<std::pair<QString, Element>> distinctMembers(const simdjson::dom::object& object)
+{
+    std::vector<std::pair<QString, Element>> members;
+    QHash<QString, std::size_t> positions;
+    for (const auto member : object) {
+        const QString key = toQString(member.key);
+        const auto known = positions.constFind(key);
+        if (known != positions.cend()) {
+            members[*known].second = member.value;
+            continue;
+        }
+        positions.insert(key, members.size());
+        members.emplace_back(key, member.value);
+    }
+    return members;
+}
+
+} // namespace
+
 bool readValue(const Element& element, OrderedStringMap& map, Failure& failure)
 {
     simdjson::dom::object object;
     if (element.get(object) != simdjson::SUCCESS)
         return failure.typeMismatch(u"an object");
     std::vector<OrderedStringMap::Pair> pairs;
-    for (const auto member : object) {
-        std::string_view text;
-        bool flag = false;
-        double number = 0;
-        QString value;
-        if (member.value.get(text) == simdjson::SUCCESS)
-            value = toQString(text);
-        else if (member.value.get(flag) == simdjson::SUCCESS)
-            value = flag ? u"true"_s : u"false"_s;
-        else if (member.value.get(number) == simdjson::SUCCESS)
-            value = OrderedStringMap::textFromNumber(number);
-        else
-            continue;
-        pairs.push_back({JSONDynamicKey(toQString(member.key)).stringValue, std::move(value)});
+    for (auto& [key, value] : distinctMembers(object)) {
+        if (auto text = textOfValue(value))
+            pairs.push_back({JSONDynamicKey(std::move(key)).stringValue, *std::move(text)});
     }
     map.pairs = OrderedStringMap::arranged(std::move(pairs), decoderPreservesKeyOrder());
     return true;

@@ -101,9 +101,7 @@ template <Record T>
 bool readValue(const Element& element, T& record, Failure& failure);
 
 /// A strict list: one bad element fails it.
-template <class List>
-    requires(std::same_as<List, std::vector<typename List::value_type>>
-             || std::same_as<List, QList<typename List::value_type>>)
+template <StrictList List>
 bool readValue(const Element& element, List& list, Failure& failure)
 {
     simdjson::dom::array array;
@@ -126,7 +124,9 @@ bool readValue(const Element& element, Lossy<Item>& list, Failure& failure)
     if (element.get(array) != simdjson::SUCCESS)
         return failure.typeMismatch(u"an array");
     list.wrappedValue.clear();
-    list.wrappedValue.reserve(array.size());
+    // A hostile page of a million numbers must not reserve room for a million records.
+    constexpr std::size_t mostReserved = 16 * 1024;
+    list.wrappedValue.reserve(std::min<std::size_t>(array.size(), mostReserved));
     for (const Element item : array) {
         Failure discarded;
         // Decoded in place: a page of records is large, and nearly all of them are good.
@@ -194,7 +194,8 @@ struct RecordReader {
     template <std::size_t... Index>
     static constexpr std::uint64_t makeRequired(std::index_sequence<Index...>)
     {
-        return ((std::get<Index>(T::fields()).kind == FieldKind::required ? std::uint64_t{1} << Index : 0) | ...);
+        return ((std::get<Index>(T::fields()).kind == FieldKind::required ? std::uint64_t{1} << Index : 0)
+                | ...);
     }
 
     static constexpr auto keys = makeKeys(std::make_index_sequence<count>());
@@ -217,7 +218,8 @@ bool readValue(const Element& element, T& record, Failure& failure)
     std::size_t next = 0;
     for (const auto member : object) {
         for (std::size_t tried = 0; tried < Reader::count; ++tried) {
-            const std::size_t index = next + tried < Reader::count ? next + tried : next + tried - Reader::count;
+            const std::size_t index =
+                next + tried < Reader::count ? next + tried : next + tried - Reader::count;
             if (Reader::keys[index] != member.key)
                 continue;
             if (!Reader::functions[index](member.value, record, failure))

@@ -71,9 +71,7 @@ inline void writeValue(Writer& writer, const JSONValueIgnored&)
 template <Record T>
 void writeValue(Writer& writer, const T& record);
 
-template <class List>
-    requires(std::same_as<List, std::vector<typename List::value_type>>
-             || std::same_as<List, QList<typename List::value_type>>)
+template <StrictList List>
 void writeValue(Writer& writer, const List& list)
 {
     writer.StartArray();

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <QList>
+
 #include <array>
-#include <concepts>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 /// The vocabulary in which a record declares its JSON members, once, for decoding, encoding and hashing.
 namespace orvia::json {
@@ -58,7 +60,10 @@ constexpr Field<Record, Value> nullable(std::string_view key, Value Record::*mem
 
 /// A struct whose static `fields()` answers the tuple of its JSON members.
 template <class T>
-concept Record = requires { std::tuple_size<decltype(T::fields())>::value; };
+concept Record = requires
+{
+    std::tuple_size<decltype(T::fields())>::value;
+};
 
 template <Record T>
 inline constexpr std::size_t fieldCount = std::tuple_size_v<decltype(T::fields())>;
@@ -69,6 +74,20 @@ template <class Enum>
 struct EnumTexts;
 
 template <class T>
-concept TextEnum = std::is_enum_v<T> && requires { EnumTexts<T>::values.size(); };
+concept TextEnum = std::is_enum_v<T> && requires
+{
+    EnumTexts<T>::values.size();
+};
+
+/// The plain lists of a record's members: one bad element fails them, unlike @c Lossy.
+template <class T>
+inline constexpr bool isStrictList = false;
+template <class Item>
+inline constexpr bool isStrictList<std::vector<Item>> = true;
+template <class Item>
+inline constexpr bool isStrictList<QList<Item>> = true;
+
+template <class T>
+concept StrictList = isStrictList<T>;
 
 } // namespace orvia::json

@@ -27,11 +27,15 @@ size_t hashValue(const T& value, size_t seed)
 {
     if constexpr (requires { value.has_value(); }) {
         return value ? hashValue(*value, seed + 1) : qHash(0, seed);
+    } else if constexpr (TextEnum<T>) {
+        return qHash(static_cast<int>(value), seed);
     } else if constexpr (Record<T>) {
         std::apply([&](const auto&... field) { ((seed = hashValue(value.*(field.member), seed)), ...); },
                    T::fields());
         return seed;
-    } else if constexpr (requires { value.begin(); } && !std::same_as<T, QString>) {
+    } else if constexpr (requires { value.wrappedValue; }) {
+        return hashValue(value.wrappedValue, seed);
+    } else if constexpr (StrictList<T>) {
         for (const auto& item : value)
             seed = hashValue(item, seed);
         return seed;

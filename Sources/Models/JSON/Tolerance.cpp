@@ -1,0 +1,181 @@
+#include "Models/JSON/Tolerance.h"
+
+#include <QByteArrayView>
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+
+namespace orvia::json {
+
+namespace {
+
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+/// The four hexadecimal digits of a \u escape that begins at @p at, or none.
+std::optional<unsigned> escapedUnit(std::string_view document, std::size_t at)
+{
+    constexpr std::size_t escapeLength = 6;
+    if (document.size() < at + escapeLength || document[at] != '\\' || document[at + 1] != 'u')
+        return std::nullopt;
+    const char* const first = document.data() + at + 2;
+    const char* const last = document.data() + at + escapeLength;
+    unsigned unit = 0;
+    const auto [end, error] = std::from_chars(first, last, unit, 16);
+    return error == std::errc() && end == last ? std::optional(unit) : std::nullopt;
+}
+
+bool isHighSurrogate(unsigned unit)
+{
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+bool isLowSurrogate(unsigned unit)
+{
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+class Rewriter {
+public:
+    explicit Rewriter(std::string_view document)
+        : m_document(document)
+    {
+    }
+
+    std::optional<std::string> rewritten()
+    {
+        while (m_position < m_document.size()) {
+            const char c = m_document[m_position];
+            if (c == '"')
+                passString();
+            else if (c == '-' || isDigit(c))
+                passNumber();
+            else
+                ++m_position;
+        }
+        if (m_copied == 0)
+            return std::nullopt;
+        m_result.append(m_document.substr(m_copied));
+        return std::move(m_result);
+    }
+
+private:
+    void replace(std::size_t begin, std::size_t end, std::string_view replacement)
+    {
+        m_result.append(m_document.substr(m_copied, begin - m_copied)).append(replacement);
+        m_copied = end;
+    }
+
+    void passString()
+    {
+        ++m_position;
+        while (m_position < m_document.size() && m_document[m_position] != '"') {
+            if (m_document[m_position] == '\\')
+                passEscape();
+            else
+                ++m_position;
+        }
+        ++m_position;
+    }
+
+    void passEscape()
+    {
+        constexpr std::size_t escapeLength = 6;
+        const auto unit = escapedUnit(m_document, m_position);
+        if (!unit) {
+            m_position += 2;
+            return;
+        }
+        const std::size_t begin = m_position;
+        m_position += escapeLength;
+        if (isHighSurrogate(*unit)) {
+            const auto following = escapedUnit(m_document, m_position);
+            if (following && isLowSurrogate(*following)) {
+                m_position += escapeLength;
+                return;
+            }
+        }
+        if (isHighSurrogate(*unit) || isLowSurrogate(*unit))
+            replace(begin, m_position, "\\ufffd");
+    }
+
+    std::size_t passDigits()
+    {
+        const std::size_t begin = m_position;
+        while (m_position < m_document.size() && isDigit(m_document[m_position]))
+            ++m_position;
+        return m_position - begin;
+    }
+
+    bool passOneOf(std::string_view characters)
+    {
+        if (m_position == m_document.size()
+            || characters.find(m_document[m_position]) == std::string_view::npos)
+            return false;
+        ++m_position;
+        return true;
+    }
+
+    /// Passes one number; text that is none is passed too and stays as it is.
+    void passNumber()
+    {
+        const std::size_t begin = m_position;
+        passOneOf("-");
+        const std::size_t integerBegin = m_position;
+        const std::size_t integerDigits = passDigits();
+        if (integerDigits == 0 || (integerDigits > 1 && m_document[integerBegin] == '0'))
+            return;
+        bool isInteger = true;
+        if (passOneOf(".")) {
+            isInteger = false;
+            if (passDigits() == 0)
+                return;
+        }
+        if (passOneOf("eE")) {
+            isInteger = false;
+            passOneOf("+-");
+            if (passDigits() == 0)
+                return;
+        }
+        rewriteNumber(begin, isInteger);
+    }
+
+    void rewriteNumber(std::size_t begin, bool isInteger)
+    {
+        const std::string_view number = m_document.substr(begin, m_position - begin);
+        if (isInteger && fitsInteger(number))
+            return;
+        const QByteArrayView view(number.data(), static_cast<qsizetype>(number.size()));
+        if (std::isinf(view.toDouble()))
+            replace(begin, m_position, "[]");
+        else if (isInteger)
+            replace(m_position, m_position, "e0");
+    }
+
+    static bool fitsInteger(std::string_view number)
+    {
+        const char* const last = number.data() + number.size();
+        std::int64_t negative = 0;
+        std::uint64_t positive = 0;
+        const auto result = number.front() == '-' ? std::from_chars(number.data(), last, negative)
+                                                  : std::from_chars(number.data(), last, positive);
+        return result.ec == std::errc();
+    }
+
+    std::string_view m_document;
+    std::size_t m_position = 0;
+    std::size_t m_copied = 0; ///< how much of the document the result stands for
+    std::string m_result;
+};
+
+} // namespace
+
+std::optional<std::string> withinParserLimits(std::string_view document)
+{
+    return Rewriter(document).rewritten();
+}
+
+} // namespace orvia::json

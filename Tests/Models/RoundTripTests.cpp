@@ -1,0 +1,85 @@
+#include "RecordChecks.h"
+#include "RecordGenerator.h"
+
+#include "Models/JSON/Hashing.h"
+#include "Models/Responses.h"
+#include "Models/SocketEvent.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace orvia {
+
+template <class T>
+class RoundTrips : public testing::Test {
+};
+
+using AllRecords =
+    testing::Types<Agent, ViewerAgent, Product, WidgetConfig, WidgetGreeting, CannedResponse, Visitor,
+                   VisitorMeta, VisitorGeo, VisitorPage, Rating, Conversation, Attachment, Message,
+                   SearchResult, SocketEvent, LoginResponse, MeResponse, AgentResponse, AgentsResponse,
+                   ProductsResponse, ConversationsResponse, ConversationResponse, ConversationDetailResponse,
+                   MessageResponse, CannedResponsesResponse, SearchResponse>;
+TYPED_TEST_SUITE(RoundTrips, AllRecords);
+
+TYPED_TEST(RoundTrips, EveryRecordReadsBackAsItWasWritten)
+{
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        RecordGenerator generator(seed);
+        const auto record = generator.make<TypeParam>();
+        const std::string document = encoded(record);
+        ASSERT_EQ(decoded<TypeParam>(document), record) << "seed " << seed << "\n" << document;
+        ASSERT_TRUE(QJsonDocument::fromJson(bytes(document)).isObject()) << "seed " << seed;
+    }
+}
+
+TYPED_TEST(RoundTrips, AbsentMembersAreLeftOut)
+{
+    for (unsigned seed = 0; seed < 50; ++seed) {
+        RecordGenerator generator(seed);
+        const auto record = generator.make<TypeParam>();
+        const QJsonObject object = QJsonDocument::fromJson(bytes(encoded(record))).object();
+        const auto expectWritten = [&](const auto& field) {
+            bool isPresent = true;
+            if constexpr (requires { (record.*(field.member)).has_value(); })
+                isPresent = (record.*(field.member)).has_value();
+            const auto key = QString::fromUtf8(field.key.data(), static_cast<qsizetype>(field.key.size()));
+            EXPECT_EQ(object.contains(key), isPresent) << field.key;
+        };
+        std::apply([&](const auto&... field) { (expectWritten(field), ...); }, TypeParam::fields());
+    }
+}
+
+TYPED_TEST(RoundTrips, EqualityAndHashCoverEveryMember)
+{
+    for (unsigned seed = 0; seed < 50; ++seed) {
+        RecordGenerator generator(seed);
+        const auto record = generator.make<TypeParam>();
+        const auto copy = record;
+        ASSERT_EQ(copy, record);
+        ASSERT_EQ(qHash(copy), qHash(record));
+        ASSERT_EQ(qHash(copy, 17), qHash(record, 17));
+        const auto expectDistinct = [&](const auto& field) {
+            auto changed = record;
+            generator.change(changed.*(field.member));
+            EXPECT_NE(changed, record) << field.key;
+            EXPECT_NE(qHash(changed), qHash(record)) << field.key;
+        };
+        std::apply([&](const auto&... field) { (expectDistinct(field), ...); }, TypeParam::fields());
+    }
+}
+
+TEST(Hashing, RecordsAreKeysOfASet)
+{
+    RecordGenerator generator(1);
+    QSet<Message> messages;
+    for (int i = 0; i < 100; ++i) {
+        auto message = generator.make<Message>();
+        message.id = QString::number(i);
+        messages.insert(message);
+        messages.insert(message);
+    }
+    EXPECT_EQ(messages.size(), 100);
+}
+
+} // namespace orvia

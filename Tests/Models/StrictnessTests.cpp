@@ -1,0 +1,194 @@
+#include "RecordChecks.h"
+
+#include "Models/Conversation.h"
+#include "Models/Message.h"
+#include "Models/Responses.h"
+
+#include <thread>
+
+namespace orvia {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The text of a document that is one message body, or none where the document fails.
+std::optional<QString> bodyIn(const std::string& literal)
+{
+    const auto message =
+        decoded<Message>(R"({"_id":"m","conversationId":"c","sender":"agent","body":)" + literal + "}");
+    return message ? std::optional(message->body) : std::nullopt;
+}
+
+std::string nested(std::size_t levels)
+{
+    return std::string(levels, '[') + std::string(levels, ']');
+}
+
+} // namespace
+
+TEST(StrictJSON, RefusesWhatTheGrammarDoesNotAllow)
+{
+    for (const std::string document : {
+             "",
+             " \n",
+             "[1,]",
+             "{\"a\":1,}",
+             "[,1]",
+             "[1 2]",
+             "[1] [2]",
+             "{} {}",
+             "{}x",
+             "{\"a\" 1}",
+             "{a:1}",
+             "{'a':1}",
+             "{\"a\":}",
+             "{1:1}",
+             "[1}",
+             "[",
+             "\"",
+             "\"a",
+             "nul",
+             "True",
+             "NaN",
+             "[Infinity]",
+             "[01]",
+             "[-01]",
+             "[+1]",
+             "[.5]",
+             "[1.]",
+             "[1e]",
+             "[1e+]",
+             "[-]",
+             "[0x10]",
+             "[0123456789012345678901234]",
+             "[1.e400]",
+             "[1-2]",
+             "[123456789012345678901.]",
+             "// comment\n1",
+             "[1 /* comment */]",
+             "\"\\x\"",
+             "\"\\u12\"",
+             "\"\\u12G4\"",
+             "\"\\ud83",
+             "\"\\\"",
+         }) {
+        const auto failure = failureOf<JSONValueIgnored>(document);
+        ASSERT_TRUE(failure) << document;
+        EXPECT_EQ(failure->kind(), DecodingError::Kind::syntax) << document;
+    }
+}
+
+TEST(StrictJSON, RefusesRawControlCharactersInTexts)
+{
+    for (char c = 0; c < 0x20; ++c)
+        EXPECT_EQ(bodyIn(std::string("\"a") + c + "b\""), std::nullopt) << static_cast<int>(c);
+    EXPECT_EQ(bodyIn("\"a\x7f\""), u"a\u007F"_s);
+}
+
+TEST(StrictJSON, RefusesInvalidUTF8)
+{
+    for (const std::string text : {"\x80", "\xC3", "\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80", "\xED\xBF\xBF",
+                                   "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF", "a\xE2\x82"})
+        EXPECT_EQ(bodyIn("\"" + text + "\""), std::nullopt) << testing::PrintToString(text);
+    EXPECT_EQ(decoded<JSONValueIgnored>("{\"\xFF\":1}"), std::nullopt);
+}
+
+TEST(StrictJSON, TextsArriveWhole)
+{
+    EXPECT_EQ(bodyIn(R"("")"), u""_s);
+    EXPECT_EQ(bodyIn(R"("\"\\\/\b\f\n\r\t")"), u"\"\\/\b\f\n\r\t"_s);
+    EXPECT_EQ(bodyIn(R"("a\u0000b")"), QString(u"a"_s + QChar(0) + u"b"_s));
+    EXPECT_EQ(bodyIn(R"("\u00e4\u20AC\ud83d\uDE00")"), u"\u00E4\u20AC\U0001F600"_s);
+    EXPECT_EQ(bodyIn("\"\u00E4\u20AC\U0001F600\uFEFF\""), u"\u00E4\u20AC\U0001F600\uFEFF"_s);
+    const std::string longText(5'000'000, 'x');
+    EXPECT_EQ(bodyIn("\"" + longText + "\""), QString(5'000'000, u'x'));
+}
+
+TEST(StrictJSON, AnEmbeddedNullSurvivesWriting)
+{
+    const Message message{.id = QString(QChar(0)),
+                          .conversationId = u"c"_s,
+                          .sender = MessageSender::agent,
+                          .body = QString(u"a"_s + QChar(0) + u"b"_s)};
+    EXPECT_EQ(encoded(message),
+              R"({"_id":"\u0000","conversationId":"c","sender":"agent","body":"a\u0000b"})");
+    EXPECT_EQ(decoded<Message>(encoded(message)), message);
+}
+
+TEST(StrictJSON, HalfASurrogatePairIsReplacedAndTheRestSurvives)
+{
+    const QString replacement(QChar(0xFFFD));
+    const std::vector<std::pair<std::string, QString>> cases{
+        {R"("cut \ud83d")", u"cut "_s + replacement},
+        {R"("\ud83dx")", replacement + u"x"_s},
+        {R"("\udc00x")", replacement + u"x"_s},
+        {R"("\uD83D\u0041")", replacement + u"A"_s},
+        {R"("\ud83d\n")", replacement + u"\n"_s},
+        {R"("\ud83d\ud83d\ude00")", replacement + u"\U0001F600"_s},
+        {R"("\ude00\ud83d")", replacement + replacement},
+        {R"("\ud83d\\ude00")", replacement + u"\\ude00"_s},
+        {R"("\\ud83d \ud83d")", u"\\ud83d "_s + replacement},
+    };
+    for (const auto& [literal, expected] : cases)
+        EXPECT_EQ(bodyIn(literal), expected) << literal;
+    // Nothing else is forgiven on the way.
+    EXPECT_EQ(bodyIn(R"("\ud83d\x")"), std::nullopt);
+    EXPECT_EQ(bodyIn(R"("\ud83d",)"), std::nullopt);
+}
+
+TEST(StrictJSON, HalfASurrogatePairInOneConversationLeavesThePageAlone)
+{
+    const auto page = decoded<ConversationsResponse>(
+        R"({"conversations":[{"_id":"c1","productId":"p","visitor":{"name":"V","email":"","meta":{"data":{"\ud83d":"x","n":123456789012345678901234}}},"status":"open","lastMessagePreview":"cut\ud83d"},)"
+        R"({"_id":"c2","productId":"p","visitor":{"name":"V","email":""},"status":"open"}]})");
+    ASSERT_TRUE(page);
+    ASSERT_EQ(page->conversations.wrappedValue.size(), 2U);
+    EXPECT_EQ(page->conversations.wrappedValue[0].lastMessagePreview, u"cut\uFFFD"_s);
+    EXPECT_EQ(page->conversations.wrappedValue[0].visitor.meta->data->pairs[0].key, u"\uFFFD"_s);
+}
+
+TEST(StrictJSON, AByteOrderMarkIsIgnoredAtTheBeginningOnly)
+{
+    EXPECT_TRUE(decoded<JSONValueIgnored>("\xEF\xBB\xBF{}"));
+    EXPECT_FALSE(decoded<JSONValueIgnored>("\xEF\xBB\xBF\xEF\xBB\xBF{}"));
+    EXPECT_FALSE(decoded<JSONValueIgnored>("\xEF\xBB\xBF"));
+    EXPECT_FALSE(decoded<JSONValueIgnored>("{}\xEF\xBB\xBF"));
+    EXPECT_FALSE(decoded<JSONValueIgnored>(std::string("\xFF\xFE{\0}\0", 6)));
+}
+
+TEST(StrictJSON, DepthIsBounded)
+{
+    EXPECT_TRUE(decoded<JSONValueIgnored>(nested(APIJSON::maxDepth - 1)));
+    EXPECT_FALSE(decoded<JSONValueIgnored>(nested(APIJSON::maxDepth + 1)));
+    EXPECT_FALSE(decoded<JSONValueIgnored>(nested(1'000'000)));
+    EXPECT_FALSE(decoded<JSONValueIgnored>(std::string(1'000'000, '[')));
+    // A parser that failed is as good as new.
+    EXPECT_TRUE(decoded<JSONValueIgnored>("[[]]"));
+}
+
+TEST(StrictJSON, SizeIsBounded)
+{
+    QByteArray document(APIJSON::maxDocumentBytes + 1, ' ');
+    document[0] = '1';
+    EXPECT_THROW(APIJSON::decoder.decode<JSONValueIgnored>(document), DecodingError);
+    EXPECT_THROW(APIJSON::decoder.decode<JSONValueIgnored>(QByteArrayView()), DecodingError);
+}
+
+TEST(StrictJSON, TheCoderServesSeveralThreadsAtOnce)
+{
+    std::atomic<int> good = 0;
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&good, i] {
+            for (int score = 0; score < 500; ++score) {
+                const auto rating = decoded<Rating>(R"({"score":)" + std::to_string(score * 4 + i) + "}");
+                good += rating && rating->score == score * 4 + i ? 1 : 0;
+            }
+        });
+    }
+    threads.clear();
+    EXPECT_EQ(good, 2000);
+}
+
+} // namespace orvia
