@@ -13,8 +13,8 @@ public:
 
     /// The stored text, or none.
     virtual std::optional<QString> string(const QString& key) = 0;
-    /// Stores @p value under @p key, replacing an older one; an absent value deletes the entry. Answers whether
-    /// it succeeded, which callers may ignore.
+    /// Stores @p value under @p key, replacing an older one; an absent value deletes the entry. Answers
+    /// whether it succeeded, which callers may ignore.
     virtual bool set(const std::optional<QString>& value, const QString& key) = 0;
 };
 
