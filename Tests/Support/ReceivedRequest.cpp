@@ -5,11 +5,7 @@
 namespace orvia::test {
 
 QByteArray ReceivedRequest::path() const {
-<<<<<<< HEAD
-    return target.left(target.indexOf('?'));
-=======
     return target.split('?').first();
->>>>>>> socket
 }
 
 QByteArray ReceivedRequest::query() const {

@@ -1,10 +1,7 @@
 #pragma once
 
-<<<<<<< HEAD
-=======
 #include "Support/Printing.h"
 
->>>>>>> socket
 #include <QByteArray>
 
 #include <optional>

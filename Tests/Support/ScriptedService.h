@@ -25,15 +25,9 @@ struct ScriptedAnswer {
     };
 
     int status = 200;
-<<<<<<< HEAD
-    Headers headers;
-    QByteArray body;
-    std::optional<QByteArray> raw; ///< sent as it is in place of status line, headers and body
-=======
     Headers headers = {};
     QByteArray body = {};
     std::optional<QByteArray> raw = {}; ///< sent as it is in place of status line, headers and body
->>>>>>> socket
     Ending ending = Ending::keepOpen;
 
     static ScriptedAnswer json(QByteArray body, int status = 200);
