@@ -83,17 +83,16 @@ QCoro::Task<std::vector<Agent>> APIClient::adminAgents() const
 QCoro::Task<void> APIClient::adminCreateAgent(QString name, QString email, QString password, AgentRole role,
                                               QStringList productIds) const
 {
-    co_await send<JSONValueIgnored>("POST", u"/v1/admin/agents"_s,
-                                    CreateAgentBody{std::move(name), std::move(email), std::move(password), role,
-                                                    std::move(productIds)});
+    CreateAgentBody body{std::move(name), std::move(email), std::move(password), role, std::move(productIds)};
+    co_await send<JSONValueIgnored>("POST", u"/v1/admin/agents"_s, std::move(body));
 }
 
 QCoro::Task<void> APIClient::adminUpdateAgent(QString id, std::optional<QStringList> productIds,
                                               std::optional<AgentRole> role,
                                               std::optional<QString> password) const
 {
-    co_await send<JSONValueIgnored>("PATCH", "/v1/admin/agents/"_L1 + id,
-                                    UpdateAgentBody{std::move(productIds), role, std::move(password)});
+    UpdateAgentBody body{std::move(productIds), role, std::move(password)};
+    co_await send<JSONValueIgnored>("PATCH", "/v1/admin/agents/"_L1 + id, std::move(body));
 }
 
 QCoro::Task<std::vector<Product>> APIClient::adminProducts() const
@@ -104,15 +103,15 @@ QCoro::Task<std::vector<Product>> APIClient::adminProducts() const
 
 QCoro::Task<void> APIClient::adminCreateProduct(QString name, QString slug) const
 {
-    co_await send<JSONValueIgnored>("POST", u"/v1/admin/products"_s,
-                                    CreateProductBody{std::move(name), std::move(slug)});
+    CreateProductBody body{std::move(name), std::move(slug)};
+    co_await send<JSONValueIgnored>("POST", u"/v1/admin/products"_s, std::move(body));
 }
 
 QCoro::Task<void> APIClient::adminUpdateProduct(QString id, std::optional<QString> name,
                                                 std::optional<WidgetConfig> widget) const
 {
-    co_await send<JSONValueIgnored>("PATCH", "/v1/admin/products/"_L1 + id,
-                                    UpdateProductBody{std::move(name), std::move(widget)});
+    UpdateProductBody body{std::move(name), std::move(widget)};
+    co_await send<JSONValueIgnored>("PATCH", "/v1/admin/products/"_L1 + id, std::move(body));
 }
 
 QCoro::Task<std::vector<CannedResponse>> APIClient::adminCanned() const
@@ -124,9 +123,8 @@ QCoro::Task<std::vector<CannedResponse>> APIClient::adminCanned() const
 QCoro::Task<void> APIClient::adminCreateCanned(QString shortcut, QString body,
                                                std::optional<QString> productId) const
 {
-    co_await send<JSONValueIgnored>(
-        "POST", u"/v1/admin/canned"_s,
-        CreateCannedBody{std::move(shortcut), std::move(body), std::move(productId)});
+    CreateCannedBody request{std::move(shortcut), std::move(body), std::move(productId)};
+    co_await send<JSONValueIgnored>("POST", u"/v1/admin/canned"_s, std::move(request));
 }
 
 QCoro::Task<void> APIClient::adminDeleteCanned(QString id) const

@@ -48,7 +48,8 @@ struct MessageBody {
 
     static constexpr auto fields()
     {
-        return std::tuple{json::required("body", &MessageBody::body), json::optional("note", &MessageBody::note),
+        return std::tuple{json::required("body", &MessageBody::body),
+                          json::optional("note", &MessageBody::note),
                           json::optional("mentions", &MessageBody::mentions)};
     }
 };
@@ -84,7 +85,8 @@ struct Response {
 
 QCoro::Task<LoginResponse> APIClient::login(QString email, QString password) const
 {
-    return send<LoginResponse>("POST", u"/v1/agent/login"_s, LoginBody{std::move(email), std::move(password)});
+    return send<LoginResponse>("POST", u"/v1/agent/login"_s,
+                               LoginBody{std::move(email), std::move(password)});
 }
 
 QCoro::Task<MeResponse> APIClient::me() const
@@ -106,7 +108,8 @@ QCoro::Task<std::vector<Conversation>> APIClient::conversations(std::optional<QS
         query.emplace_back(u"assignee"_s, *assignee);
     if (includeSnoozed)
         query.emplace_back(u"includeSnoozed"_s, u"true"_s);
-    auto page = co_await perform<ConversationsResponse>("GET", u"/v1/agent/conversations"_s, std::move(query));
+    auto page =
+        co_await perform<ConversationsResponse>("GET", u"/v1/agent/conversations"_s, std::move(query));
     co_return std::move(page.conversations.wrappedValue);
 }
 
@@ -129,21 +132,24 @@ QCoro::Task<Conversation> APIClient::openConversation(QString id) const
 
 QCoro::Task<Conversation> APIClient::assign(QString conversationId, std::optional<QString> agentId) const
 {
-    auto response = co_await send<ConversationResponse>("POST", conversationPath(conversationId, "/assign"_L1),
-                                                        AssignBody{std::move(agentId)});
+    AssignBody body{std::move(agentId)};
+    auto response = co_await send<ConversationResponse>(
+        "POST", conversationPath(conversationId, "/assign"_L1), std::move(body));
     co_return std::move(response.conversation);
 }
 
 QCoro::Task<Conversation> APIClient::snooze(QString conversationId, std::optional<Instant> until) const
 {
-    auto response = co_await send<ConversationResponse>("POST", conversationPath(conversationId, "/snooze"_L1),
-                                                        SnoozeBody{until});
+    SnoozeBody body{until};
+    auto response = co_await send<ConversationResponse>(
+        "POST", conversationPath(conversationId, "/snooze"_L1), std::move(body));
     co_return std::move(response.conversation);
 }
 
 QCoro::Task<void> APIClient::setMuted(QString conversationId, bool muted) const
 {
-    co_await send<JSONValueIgnored>("POST", conversationPath(conversationId, "/mute"_L1), MutedBody{muted});
+    MutedBody body{muted};
+    co_await send<JSONValueIgnored>("POST", conversationPath(conversationId, "/mute"_L1), std::move(body));
 }
 
 QCoro::Task<Message> APIClient::sendMessage(QString conversationId, QString body, bool note,
@@ -179,8 +185,8 @@ QCoro::Task<std::vector<SearchResult>> APIClient::search(QString text, int limit
 QCoro::Task<std::vector<Conversation>> APIClient::visitorConversations(QString email) const
 {
     Query query{{u"email"_s, email}};
-    auto response =
-        co_await perform<ConversationsResponse>("GET", u"/v1/agent/visitors/conversations"_s, std::move(query));
+    auto response = co_await perform<ConversationsResponse>("GET", u"/v1/agent/visitors/conversations"_s,
+                                                            std::move(query));
     co_return std::move(response.conversations.wrappedValue);
 }
 
@@ -192,15 +198,15 @@ QCoro::Task<std::vector<Agent>> APIClient::teammates() const
 
 QCoro::Task<Agent> APIClient::updatePreferences(NotifyMode notifyMode) const
 {
-    auto response =
-        co_await send<AgentResponse>("PATCH", u"/v1/agent/me/preferences"_s, PreferencesBody{notifyMode});
+    PreferencesBody body{notifyMode};
+    auto response = co_await send<AgentResponse>("PATCH", u"/v1/agent/me/preferences"_s, std::move(body));
     co_return std::move(response.agent);
 }
 
 QCoro::Task<void> APIClient::registerDevice(QString platform, QString apnsToken) const
 {
-    co_await send<JSONValueIgnored>("POST", u"/v1/agent/devices"_s,
-                                    DeviceBody{std::move(platform), std::move(apnsToken)});
+    DeviceBody body{std::move(platform), std::move(apnsToken)};
+    co_await send<JSONValueIgnored>("POST", u"/v1/agent/devices"_s, std::move(body));
 }
 
 } // namespace orvia

@@ -80,8 +80,8 @@ ParsedDocument::ParsedDocument(QByteArrayView bytes)
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (document.starts_with(byteOrderMark))
         document.remove_prefix(byteOrderMark.size());
-    simdjson::error_code error = simdjson::CAPACITY;
-    if (bytes.size() <= APIJSON::maxDocumentBytes) {
+    simdjson::error_code error = document.empty() ? simdjson::EMPTY : simdjson::CAPACITY;
+    if (!document.empty() && bytes.size() <= APIJSON::maxDocumentBytes) {
         error = parse(*m_parser, document, m_root);
         if (error == simdjson::NUMBER_ERROR || error == simdjson::STRING_ERROR) {
             if (const auto rewritten = withinParserLimits(document))
