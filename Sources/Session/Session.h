@@ -37,7 +37,8 @@ struct AgentDraft {
 /// Each stored field has a reader and a signal that tells of a real change; assigning an equal value notifies
 /// nobody. The inbox and the threads say what changed, by position and id, so that an event costs the same
 /// whatever their size. Operations never fail towards screens, except @c login: they report through the
-/// banner. Their tasks may be dropped, and may outlive the session.
+/// banner. Their tasks may be dropped, and may outlive the session. An observer must not destroy the session
+/// while it is being notified.
 class Session : public QObject {
     Q_OBJECT
 

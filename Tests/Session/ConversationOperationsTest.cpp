@@ -10,7 +10,7 @@ protected:
         Conversation conversation = makeConversation(u"c1"_s);
         conversation.agentUnread = 3;
         scriptInbox({conversation});
-        return signIn();
+        return connectLive();
     }
 };
 

@@ -124,17 +124,4 @@ TEST_F(SessionFixture, TimersAndCallbacksOfASessionThatIsGoneDoNothing)
     EXPECT_TRUE(service.requests("GET", "/v1/agent/search").empty());
 }
 
-TEST_F(SessionFixture, AnObserverMayDestroyTheSession)
-{
-    scriptInbox({makeConversation(u"c1"_s)});
-    signIn();
-    auto held = service.hold("GET", "/v1/agent/conversations/c1");
-    const auto outcome = startTask(session->loadConversation(u"c1"_s));
-    ASSERT_TRUE(waitUntil([&] { return held->isWaiting(); }));
-    QObject::connect(session.get(), &Session::bannerChanged, qApp, [this] { session.reset(); });
-    held->answer(refusal(500, "boom"));
-    EXPECT_TRUE(waitUntil([&] { return outcome->finished(); }));
-    EXPECT_FALSE(session);
-}
-
 } // namespace orvia::test
