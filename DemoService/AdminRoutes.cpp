@@ -17,7 +17,8 @@ namespace {
 
 constexpr qint64 longestGreetingDelay = 3600;
 
-QStringList knownProductIds(Store& store, const RequestBody& body) {
+QStringList knownProductIds(Store& store, const RequestBody& body)
+{
     QStringList ids = body.texts("productIds"_L1);
     for (const QString& id : ids) {
         if (!store.product(id))
@@ -27,14 +28,16 @@ QStringList knownProductIds(Store& store, const RequestBody& body) {
     return ids;
 }
 
-Answer agents(Store& store) {
+Answer agents(Store& store)
+{
     AgentsResponse response;
     for (const auto& account : store.accounts())
         response.agents.wrappedValue.push_back(account->agent);
     return {200, wire::encoded(response)};
 }
 
-Answer createAgent(Store& store, const Request& request) {
+Answer createAgent(Store& store, const Request& request)
+{
     const RequestBody body(request);
     body.allowOnly({"name"_L1, "email"_L1, "password"_L1, "role"_L1, "productIds"_L1});
     Agent agent;
@@ -52,13 +55,15 @@ Answer createAgent(Store& store, const Request& request) {
     return {201, wire::encoded(AgentResponse{store.addAccount(std::move(agent), password).agent})};
 }
 
-bool isLastAdministrator(const Store& store, const Account& account) {
+bool isLastAdministrator(const Store& store, const Account& account)
+{
     const auto& all = store.accounts();
-    return account.isAdmin() &&
-           std::count_if(all.begin(), all.end(), [](const auto& other) { return other->isAdmin(); }) == 1;
+    return account.isAdmin()
+           && std::count_if(all.begin(), all.end(), [](const auto& other) { return other->isAdmin(); }) == 1;
 }
 
-Answer updateAgent(Store& store, const Request& request) {
+Answer updateAgent(Store& store, const Request& request)
+{
     Account* const account = store.account(request.arguments.first());
     if (!account)
         throw Refusal(404, u"There is no such agent."_s);
@@ -81,13 +86,15 @@ Answer updateAgent(Store& store, const Request& request) {
     return {200, wire::encoded(AgentResponse{account->agent})};
 }
 
-Answer products(Store& store) {
+Answer products(Store& store)
+{
     ProductsResponse response;
     response.products.wrappedValue = store.products();
     return {200, wire::encoded(response)};
 }
 
-Answer createProduct(Store& store, const Request& request) {
+Answer createProduct(Store& store, const Request& request)
+{
     const RequestBody body(request);
     body.allowOnly({"name"_L1, "slug"_L1});
     Product product;
@@ -101,15 +108,16 @@ Answer createProduct(Store& store, const Request& request) {
         throw Refusal(409, u"A product with this slug already exists."_s);
     product.id = store.newId("p"_L1);
     product.publicKey =
-        "pk_"_L1 +
-        QString::fromLatin1(
+        "pk_"_L1
+        + QString::fromLatin1(
             QCryptographicHash::hash(product.slug.toUtf8(), QCryptographicHash::Sha256).toHex().left(10));
     product.createdAt = store.now();
     store.products().push_back(product);
     return {201, R"({"product":)" + wire::encoded(product) + '}'};
 }
 
-WidgetGreeting greetingFrom(const RequestBody& body) {
+WidgetGreeting greetingFrom(const RequestBody& body)
+{
     body.allowOnly({"enabled"_L1, "delaySeconds"_L1, "text"_L1});
     WidgetGreeting greeting;
     if (body.has("enabled"_L1))
@@ -124,7 +132,8 @@ WidgetGreeting greetingFrom(const RequestBody& body) {
     return greeting;
 }
 
-WidgetConfig widgetFrom(const RequestBody& body) {
+WidgetConfig widgetFrom(const RequestBody& body)
+{
     body.allowOnly({"title"_L1, "accentColor"_L1, "position"_L1, "greeting"_L1});
     WidgetConfig widget;
     if (body.has("title"_L1))
@@ -145,7 +154,8 @@ WidgetConfig widgetFrom(const RequestBody& body) {
     return widget;
 }
 
-Answer updateProduct(Store& store, const Request& request) {
+Answer updateProduct(Store& store, const Request& request)
+{
     Product* const product = store.product(request.arguments.first());
     if (!product)
         throw Refusal(404, u"There is no such product."_s);
@@ -160,13 +170,15 @@ Answer updateProduct(Store& store, const Request& request) {
     return {200, R"({"product":)" + wire::encoded(*product) + '}'};
 }
 
-Answer canned(Store& store) {
+Answer canned(Store& store)
+{
     CannedResponsesResponse response;
     response.canned.wrappedValue = store.canned();
     return {200, wire::encoded(response)};
 }
 
-Answer createCanned(Store& store, const Request& request) {
+Answer createCanned(Store& store, const Request& request)
+{
     const RequestBody body(request);
     body.allowOnly({"shortcut"_L1, "body"_L1, "productId"_L1});
     CannedResponse canned;
@@ -182,8 +194,8 @@ Answer createCanned(Store& store, const Request& request) {
     }
     const auto& all = store.canned();
     const bool taken = std::any_of(all.begin(), all.end(), [&](const CannedResponse& other) {
-        return other.productId == canned.productId &&
-               other.shortcut.compare(canned.shortcut, Qt::CaseInsensitive) == 0;
+        return other.productId == canned.productId
+               && other.shortcut.compare(canned.shortcut, Qt::CaseInsensitive) == 0;
     });
     if (taken)
         throw Refusal(409, u"This shortcut is already taken."_s);
@@ -193,7 +205,8 @@ Answer createCanned(Store& store, const Request& request) {
     return {201, R"({"canned":)" + wire::encoded(canned) + '}'};
 }
 
-Answer deleteCanned(Store& store, const Request& request) {
+Answer deleteCanned(Store& store, const Request& request)
+{
     const auto removed = std::erase_if(
         store.canned(), [&](const CannedResponse& canned) { return canned.id == request.arguments.first(); });
     if (removed == 0)
@@ -203,7 +216,8 @@ Answer deleteCanned(Store& store, const Request& request) {
 
 } // namespace
 
-void addAdminRoutes(Router& router, Workplace workplace) {
+void addAdminRoutes(Router& router, Workplace workplace)
+{
     const auto add = [&router, store = &workplace.store](const char* method, const QString& path,
                                                          auto answer) {
         router.add(method, path, Access::administrator, [store, answer](const Request& request, Account*) {

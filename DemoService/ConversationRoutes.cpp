@@ -16,18 +16,21 @@ constexpr qsizetype longestMessage = 20'000;
 constexpr qsizetype formOverhead = 64 * 1024;
 
 /// The thread that the path names. What an agent does not serve does not exist for them.
-Thread& threadOf(Store& store, const Request& request, const Account& caller) {
+Thread& threadOf(Store& store, const Request& request, const Account& caller)
+{
     Thread* const thread = store.thread(request.arguments.first());
     if (!thread || !caller.serves(thread->conversation.productId))
         throw Refusal(404, u"There is no such conversation."_s);
     return *thread;
 }
 
-Answer conversationAnswer(Store& store, Thread& thread) {
+Answer conversationAnswer(Store& store, Thread& thread)
+{
     return {200, R"({"conversation":)" + store.encodedConversation(thread) + '}'};
 }
 
-std::optional<QString> assigneeOf(const QString& text, const Account& caller) {
+std::optional<QString> assigneeOf(const QString& text, const Account& caller)
+{
     if (text.isEmpty())
         return std::nullopt;
     if (text == "me"_L1)
@@ -35,7 +38,8 @@ std::optional<QString> assigneeOf(const QString& text, const Account& caller) {
     return text == "unassigned"_L1 ? QString() : text;
 }
 
-Answer page(Store& store, const Account& caller, const Request& request) {
+Answer page(Store& store, const Account& caller, const Request& request)
+{
     InboxFilter filter;
     if (const QString productId = request.queryValue(u"productId"_s); !productId.isEmpty()) {
         if (!store.product(productId) || !caller.serves(productId))
@@ -57,7 +61,8 @@ Answer page(Store& store, const Account& caller, const Request& request) {
     return {200, store.encodedPage(caller, filter)};
 }
 
-Answer visitorConversations(Store& store, const Account& caller, const Request& request) {
+Answer visitorConversations(Store& store, const Account& caller, const Request& request)
+{
     InboxFilter filter;
     filter.email = request.queryValue(u"email"_s).trimmed();
     if (filter.email->isEmpty())
@@ -65,7 +70,8 @@ Answer visitorConversations(Store& store, const Account& caller, const Request& 
     return {200, store.encodedPage(caller, filter)};
 }
 
-Answer detail(Workplace at, const Account& caller, const Request& request) {
+Answer detail(Workplace at, const Account& caller, const Request& request)
+{
     Thread& thread = threadOf(at.store, request, caller);
     // Opening a thread reads it; the others learn that it waits for nobody any more.
     if (thread.conversation.agentUnread.value_or(0) > 0) {
@@ -78,13 +84,15 @@ Answer detail(Workplace at, const Account& caller, const Request& request) {
     return {200, wire::encoded(response)};
 }
 
-Answer setStatus(Workplace at, const Account& caller, const Request& request, ConversationStatus status) {
+Answer setStatus(Workplace at, const Account& caller, const Request& request, ConversationStatus status)
+{
     Thread& thread = threadOf(at.store, request, caller);
     at.desk.setStatus(thread, status, caller.agent);
     return conversationAnswer(at.store, thread);
 }
 
-Answer assign(Workplace at, const Account& caller, const Request& request) {
+Answer assign(Workplace at, const Account& caller, const Request& request)
+{
     Thread& thread = threadOf(at.store, request, caller);
     const RequestBody body(request);
     body.allowOnly({"agentId"_L1});
@@ -101,7 +109,8 @@ Answer assign(Workplace at, const Account& caller, const Request& request) {
     return conversationAnswer(at.store, thread);
 }
 
-Answer snooze(Workplace at, const Account& caller, const Request& request) {
+Answer snooze(Workplace at, const Account& caller, const Request& request)
+{
     Thread& thread = threadOf(at.store, request, caller);
     const RequestBody body(request);
     body.allowOnly({"until"_L1});
@@ -109,7 +118,8 @@ Answer snooze(Workplace at, const Account& caller, const Request& request) {
     return conversationAnswer(at.store, thread);
 }
 
-Answer mute(Store& store, Account& caller, const Request& request) {
+Answer mute(Store& store, Account& caller, const Request& request)
+{
     const Thread& thread = threadOf(store, request, caller);
     const RequestBody body(request);
     body.allowOnly({"muted"_L1});
@@ -123,7 +133,8 @@ Answer mute(Store& store, Account& caller, const Request& request) {
     return {};
 }
 
-QStringList mentionsOf(Store& store, const RequestBody& body) {
+QStringList mentionsOf(Store& store, const RequestBody& body)
+{
     QStringList mentions = body.texts("mentions"_L1);
     for (const QString& id : mentions) {
         if (!store.account(id))
@@ -133,7 +144,8 @@ QStringList mentionsOf(Store& store, const RequestBody& body) {
     return mentions;
 }
 
-Answer sendMessage(Workplace at, const Account& caller, const Request& request) {
+Answer sendMessage(Workplace at, const Account& caller, const Request& request)
+{
     Thread& thread = threadOf(at.store, request, caller);
     const RequestBody body(request);
     body.allowOnly({"body"_L1, "note"_L1, "mentions"_L1});
@@ -154,7 +166,8 @@ Answer sendMessage(Workplace at, const Account& caller, const Request& request) 
     return {200, wire::encoded(MessageResponse{at.desk.post(thread, std::move(draft))})};
 }
 
-Answer uploadAttachment(Workplace at, const Account& caller, const Request& request) {
+Answer uploadAttachment(Workplace at, const Account& caller, const Request& request)
+{
     Thread& thread = threadOf(at.store, request, caller);
     if (request.body.size() > FileShelf::maxFileBytes + formOverhead)
         throw Refusal(413, u"Attachments are limited to 10MB."_s);
@@ -192,7 +205,8 @@ Answer uploadAttachment(Workplace at, const Account& caller, const Request& requ
 }
 
 /// Open to everybody who knows the address, as the widgets of visitors have no token.
-Answer download(const FileShelf& files, const Request& request) {
+Answer download(const FileShelf& files, const Request& request)
+{
     auto file = files.file(request.arguments.first());
     if (!file)
         throw Refusal(404, u"There is no such file."_s);
@@ -201,7 +215,8 @@ Answer download(const FileShelf& files, const Request& request) {
 
 } // namespace
 
-void addConversationRoutes(Router& router, Workplace at) {
+void addConversationRoutes(Router& router, Workplace at)
+{
     const auto path = [](QLatin1StringView suffix) { return "/v1/agent/conversations/*"_L1 + suffix; };
     router.add("GET", u"/v1/agent/conversations"_s, Access::agent,
                [at](const Request& request, Account* caller) { return page(at.store, *caller, request); });

@@ -17,7 +17,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 template <class Entry>
-void note(std::deque<Entry>& journal, Entry entry) {
+void note(std::deque<Entry>& journal, Entry entry)
+{
     journal.push_back(std::move(entry));
     if (journal.size() > DemoService::longestJournal)
         journal.pop_front();
@@ -27,7 +28,8 @@ const auto everybody = [](const QString&) { return true; };
 
 } // namespace
 
-QString DemoService::password() {
+QString DemoService::password()
+{
     return u"demo"_s;
 }
 
@@ -36,7 +38,8 @@ DemoService::DemoService(Options options, QObject* parent)
     , m_options(std::move(options))
     , m_store(m_options.clock)
     , m_desk(m_store, m_live)
-    , m_router(std::make_unique<Router>(m_store)) {
+    , m_router(std::make_unique<Router>(m_store))
+{
     const Workplace workplace{m_store, m_desk, m_files};
     addIdentityRoutes(*m_router, workplace);
     addConversationRoutes(*m_router, workplace);
@@ -60,60 +63,71 @@ DemoService::DemoService(Options options, QObject* parent)
     startServer();
 }
 
-DemoService::~DemoService() {
+DemoService::~DemoService()
+{
     m_live.onViewersChanged = nullptr;
 }
 
-bool DemoService::listen(quint16 port) {
+bool DemoService::listen(quint16 port)
+{
     if (!m_server)
         startServer();
     m_port = m_server->listen(QHostAddress(QHostAddress::LocalHost), port);
     return m_port != 0;
 }
 
-void DemoService::stop() {
+void DemoService::stop()
+{
     m_server.reset();
     m_live.abortAll();
     m_port = 0;
 }
 
-QUrl DemoService::origin() const {
+QUrl DemoService::origin() const
+{
     return QUrl(u"http://127.0.0.1:%1"_s.arg(m_port));
 }
 
-Thread& DemoService::thread(const QString& conversationId) {
+Thread& DemoService::thread(const QString& conversationId)
+{
     Thread* const found = m_store.thread(conversationId);
     Q_ASSERT(found);
     return *found;
 }
 
-QString DemoService::tokenOf(const QString& agentId) {
+QString DemoService::tokenOf(const QString& agentId)
+{
     const Account* const account = m_store.account(agentId);
     Q_ASSERT(account);
     return m_store.newToken(*account);
 }
 
-Message DemoService::postAsVisitor(const QString& conversationId, const QString& body, MessageVia via) {
+Message DemoService::postAsVisitor(const QString& conversationId, const QString& body, MessageVia via)
+{
     MessageDraft draft;
     draft.body = body;
     draft.via = via;
     return m_desk.post(thread(conversationId), std::move(draft));
 }
 
-void DemoService::emitEvent(const SocketEvent& event) {
+void DemoService::emitEvent(const SocketEvent& event)
+{
     m_live.send(event, everybody);
 }
 
-void DemoService::clearJournal() {
+void DemoService::clearJournal()
+{
     m_requests.clear();
     m_frames.clear();
 }
 
-void DemoService::failNext(const QString& pathPart, std::optional<Answer> answer, int times) {
+void DemoService::failNext(const QString& pathPart, std::optional<Answer> answer, int times)
+{
     m_failures.push_back({pathPart, std::move(answer), times});
 }
 
-void DemoService::startServer() {
+void DemoService::startServer()
+{
     m_server = std::make_unique<HTTPServer>();
     m_server->onRequest = [this](Request request) { return answer(std::move(request)); };
     m_server->mayUpgrade = [this](const QString& token) {
@@ -125,7 +139,8 @@ void DemoService::startServer() {
     };
 }
 
-std::optional<Answer> DemoService::answer(Request request) {
+std::optional<Answer> DemoService::answer(Request request)
+{
     note(m_requests, request);
     for (auto failure = m_failures.begin(); failure != m_failures.end(); ++failure) {
         if (!request.path.contains(failure->pathPart))
@@ -139,7 +154,8 @@ std::optional<Answer> DemoService::answer(Request request) {
 }
 
 /// Frames that are malformed, unknown or about somebody else's conversation are without effect.
-void DemoService::receive(const QString& agentId, const QByteArray& frame) {
+void DemoService::receive(const QString& agentId, const QByteArray& frame)
+{
     note(m_frames, {agentId, frame});
     const QJsonObject object = QJsonDocument::fromJson(frame).object();
     const QString type = object.value("type"_L1).toString();
@@ -157,7 +173,8 @@ void DemoService::receive(const QString& agentId, const QByteArray& frame) {
 }
 
 /// A console that has just come up learns who is looking at what.
-void DemoService::greet(const QString&) {
+void DemoService::greet(const QString&)
+{
     for (const QString& conversationId : m_live.viewedConversations())
         m_desk.announceViewers(conversationId);
 }

@@ -8,14 +8,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-SocketEvent eventOf(QLatin1StringView type, const Thread& thread) {
+SocketEvent eventOf(QLatin1StringView type, const Thread& thread)
+{
     SocketEvent event;
     event.type = type;
     event.conversationId = thread.conversation.id;
     return event;
 }
 
-QString previewOf(const Message& message) {
+QString previewOf(const Message& message)
+{
     if (!message.body.isEmpty())
         return message.body;
     return message.attachment ? message.attachment->name.value_or(QString()) : QString();
@@ -23,9 +25,14 @@ QString previewOf(const Message& message) {
 
 } // namespace
 
-Desk::Desk(Store& store, LiveChannel& live) : m_store(store), m_live(live) {}
+Desk::Desk(Store& store, LiveChannel& live)
+    : m_store(store)
+    , m_live(live)
+{
+}
 
-Message Desk::post(Thread& thread, MessageDraft draft) {
+Message Desk::post(Thread& thread, MessageDraft draft)
+{
     Conversation& conversation = thread.conversation;
     Message message;
     message.id = m_store.newId("m"_L1);
@@ -64,7 +71,8 @@ Message Desk::post(Thread& thread, MessageDraft draft) {
     return message;
 }
 
-Thread& Desk::startConversation(const QString& productId, Visitor visitor) {
+Thread& Desk::startConversation(const QString& productId, Visitor visitor)
+{
     Conversation conversation;
     conversation.id = m_store.newId("c"_L1);
     conversation.productId = productId;
@@ -76,7 +84,8 @@ Thread& Desk::startConversation(const QString& productId, Visitor visitor) {
     return thread;
 }
 
-void Desk::setStatus(Thread& thread, ConversationStatus status, const Agent& by) {
+void Desk::setStatus(Thread& thread, ConversationStatus status, const Agent& by)
+{
     if (thread.conversation.status == status)
         return;
     thread.conversation.status = status;
@@ -85,7 +94,8 @@ void Desk::setStatus(Thread& thread, ConversationStatus status, const Agent& by)
                   (closed ? u"Conversation closed by %1"_s : u"Conversation reopened by %1"_s).arg(by.name));
 }
 
-void Desk::assign(Thread& thread, const Agent* assignee) {
+void Desk::assign(Thread& thread, const Agent* assignee)
+{
     Conversation& conversation = thread.conversation;
     const std::optional<QString> id = assignee ? std::optional(assignee->id) : std::nullopt;
     if (conversation.assigneeId == id)
@@ -96,17 +106,20 @@ void Desk::assign(Thread& thread, const Agent* assignee) {
                                    : u"Conversation unassigned"_s);
 }
 
-void Desk::snooze(Thread& thread, std::optional<Instant> until) {
+void Desk::snooze(Thread& thread, std::optional<Instant> until)
+{
     thread.conversation.snoozedUntil = until;
     announce(thread);
 }
 
-void Desk::rate(Thread& thread, Rating rating) {
+void Desk::rate(Thread& thread, Rating rating)
+{
     thread.conversation.rating = std::move(rating);
     announce(thread);
 }
 
-void Desk::readByAgent(Thread& thread) {
+void Desk::readByAgent(Thread& thread)
+{
     thread.conversation.agentUnread = 0;
     thread.conversation.agentLastReadAt = m_store.now();
     m_store.touch(thread);
@@ -116,7 +129,8 @@ void Desk::readByAgent(Thread& thread) {
     m_live.send(event, audienceOf(thread));
 }
 
-void Desk::readByVisitor(Thread& thread) {
+void Desk::readByVisitor(Thread& thread)
+{
     thread.conversation.visitorUnread = 0;
     thread.conversation.visitorLastReadAt = m_store.now();
     m_store.touch(thread);
@@ -126,14 +140,16 @@ void Desk::readByVisitor(Thread& thread) {
     m_live.send(event, audienceOf(thread));
 }
 
-void Desk::visitorTyping(Thread& thread, const std::optional<QString>& preview) {
+void Desk::visitorTyping(Thread& thread, const std::optional<QString>& preview)
+{
     SocketEvent event = eventOf("typing"_L1, thread);
     event.from = u"visitor"_s;
     event.preview = preview;
     m_live.send(event, audienceOf(thread));
 }
 
-void Desk::agentTyping(Thread& thread, const Agent& agent, const QString& preview) {
+void Desk::agentTyping(Thread& thread, const Agent& agent, const QString& preview)
+{
     SocketEvent event = eventOf("typing"_L1, thread);
     event.from = u"agent"_s;
     event.preview = preview;
@@ -143,7 +159,8 @@ void Desk::agentTyping(Thread& thread, const Agent& agent, const QString& previe
     m_live.send(event, [&](const QString& id) { return id != agent.id && concerned(id); });
 }
 
-void Desk::announce(Thread& thread) {
+void Desk::announce(Thread& thread)
+{
     m_store.touch(thread);
     SocketEvent event;
     event.type = u"conversation"_s;
@@ -151,7 +168,8 @@ void Desk::announce(Thread& thread) {
     m_live.send(event, audienceOf(thread));
 }
 
-void Desk::announceViewers(const QString& conversationId) {
+void Desk::announceViewers(const QString& conversationId)
+{
     Thread* const thread = m_store.thread(conversationId);
     if (!thread)
         return;
@@ -164,14 +182,16 @@ void Desk::announceViewers(const QString& conversationId) {
     m_live.send(event, audienceOf(*thread));
 }
 
-LiveChannel::Audience Desk::audienceOf(const Thread& thread) const {
+LiveChannel::Audience Desk::audienceOf(const Thread& thread) const
+{
     return [store = &m_store, productId = thread.conversation.productId](const QString& agentId) {
         const Account* const account = store->account(agentId);
         return account && account->serves(productId);
     };
 }
 
-void Desk::systemMessage(Thread& thread, const QString& text) {
+void Desk::systemMessage(Thread& thread, const QString& text)
+{
     MessageDraft draft;
     draft.sender = MessageSender::system;
     draft.body = text;

@@ -7,7 +7,8 @@ namespace orvia::demo {
 
 using namespace Qt::StringLiterals;
 
-Answer answerOf(const Refusal& refusal) {
+Answer answerOf(const Refusal& refusal)
+{
     const QJsonObject body{{u"error"_s, refusal.message}};
     return {refusal.status, QJsonDocument(body).toJson(QJsonDocument::Compact)};
 }

@@ -34,7 +34,11 @@ struct Answer {
 class Refusal : public std::exception {
 public:
     Refusal(int httpStatus, QString text)
-        : status(httpStatus), message(std::move(text)), m_utf8(message.toUtf8()) {}
+        : status(httpStatus)
+        , message(std::move(text))
+        , m_utf8(message.toUtf8())
+    {
+    }
 
     const char* what() const noexcept override { return m_utf8.constData(); }
 

@@ -8,7 +8,8 @@ namespace orvia::demo {
 using namespace Qt::StringLiterals;
 
 std::optional<Attachment> FileShelf::add(const QString& id, const QString& name, const QString& mime,
-                                         const QByteArray& data) {
+                                         const QByteArray& data)
+{
     QFile file(m_folder.filePath(id));
     if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.flush())
         return std::nullopt;
@@ -24,7 +25,8 @@ std::optional<Attachment> FileShelf::add(const QString& id, const QString& name,
     return attachment;
 }
 
-std::optional<FileShelf::File> FileShelf::file(const QString& id) const {
+std::optional<FileShelf::File> FileShelf::file(const QString& id) const
+{
     const auto mime = m_mimeById.constFind(id);
     if (mime == m_mimeById.cend())
         return std::nullopt;

@@ -12,16 +12,19 @@ namespace {
 
 constexpr QLatin1StringView livePath("/ws");
 
-QString tokenOf(const QUrl& url) {
+QString tokenOf(const QUrl& url)
+{
     return QUrlQuery(url).queryItemValue(u"token"_s, QUrl::FullyDecoded);
 }
 
-bool isUpgrade(const QHttpServerRequest& request) {
-    return request.url().path() == livePath &&
-           request.value("upgrade").compare("websocket", Qt::CaseInsensitive) == 0;
+bool isUpgrade(const QHttpServerRequest& request)
+{
+    return request.url().path() == livePath
+           && request.value("upgrade").compare("websocket", Qt::CaseInsensitive) == 0;
 }
 
-void write(QHttpServerResponder& responder, const Answer& answer) {
+void write(QHttpServerResponder& responder, const Answer& answer)
+{
     responder.write(answer.body,
                     {{"Content-Type", answer.contentType},
                      {"Cache-Control", "no-store"},
@@ -29,7 +32,8 @@ void write(QHttpServerResponder& responder, const Answer& answer) {
                     static_cast<QHttpServerResponder::StatusCode>(answer.status));
 }
 
-Request requestFrom(const QHttpServerRequest& request) {
+Request requestFrom(const QHttpServerRequest& request)
+{
     const auto methods = QMetaEnum::fromType<QHttpServerRequest::Method>();
     Request plain;
     plain.method = QByteArray(methods.valueToKey(static_cast<int>(request.method()))).toUpper();
@@ -43,11 +47,14 @@ Request requestFrom(const QHttpServerRequest& request) {
 
 } // namespace
 
-HTTPServer::HTTPServer(QObject* parent) : QAbstractHttpServer(parent) {
+HTTPServer::HTTPServer(QObject* parent)
+    : QAbstractHttpServer(parent)
+{
     connect(this, &QAbstractHttpServer::newWebSocketConnection, this, &HTTPServer::acceptUpgrades);
 }
 
-void HTTPServer::setHolding(bool holding) {
+void HTTPServer::setHolding(bool holding)
+{
     m_holding = holding;
     if (holding)
         return;
@@ -58,7 +65,8 @@ void HTTPServer::setHolding(bool holding) {
     }
 }
 
-bool HTTPServer::handleRequest(const QHttpServerRequest& request, QTcpSocket* socket) {
+bool HTTPServer::handleRequest(const QHttpServerRequest& request, QTcpSocket* socket)
+{
     // The base class upgrades a request that counts as handled; one that does not is refused below.
     if (isUpgrade(request))
         return mayUpgrade(tokenOf(request.url()));
@@ -76,13 +84,15 @@ bool HTTPServer::handleRequest(const QHttpServerRequest& request, QTcpSocket* so
     return true;
 }
 
-void HTTPServer::missingHandler(const QHttpServerRequest& request, QTcpSocket* socket) {
+void HTTPServer::missingHandler(const QHttpServerRequest& request, QTcpSocket* socket)
+{
     QHttpServerResponder responder = makeResponder(request, socket);
     write(responder, answerOf(Refusal(401, u"The token is not valid or has expired."_s)));
     socket->disconnectFromHost();
 }
 
-void HTTPServer::acceptUpgrades() {
+void HTTPServer::acceptUpgrades()
+{
     while (hasPendingWebSocketConnections()) {
         auto socket = nextPendingWebSocketConnection();
         const QString token = tokenOf(socket->requestUrl());

@@ -18,12 +18,14 @@ namespace {
 struct TeammatesAnswer {
     std::vector<Agent> teammates;
 
-    static constexpr auto fields() {
+    static constexpr auto fields()
+    {
         return std::tuple{json::required("teammates", &TeammatesAnswer::teammates)};
     }
 };
 
-Answer login(Store& store, const Request& request) {
+Answer login(Store& store, const Request& request)
+{
     const RequestBody body(request);
     body.allowOnly({"email"_L1, "password"_L1});
     const QString email = body.filledText("email"_L1).trimmed();
@@ -34,7 +36,8 @@ Answer login(Store& store, const Request& request) {
     return {200, wire::encoded(LoginResponse{store.newToken(*account), account->agent})};
 }
 
-Answer me(Store& store, const Account& caller) {
+Answer me(Store& store, const Account& caller)
+{
     MeResponse response;
     response.agent = caller.agent;
     for (const Product& product : store.products()) {
@@ -44,14 +47,16 @@ Answer me(Store& store, const Account& caller) {
     return {200, wire::encoded(response)};
 }
 
-Answer updatePreferences(Account& caller, const Request& request) {
+Answer updatePreferences(Account& caller, const Request& request)
+{
     const RequestBody body(request);
     body.allowOnly({"notifyMode"_L1});
     caller.agent.notifyMode = body.oneOf<NotifyMode>("notifyMode"_L1);
     return {200, wire::encoded(AgentResponse{caller.agent})};
 }
 
-Answer registerDevice(Account& caller, const Request& request) {
+Answer registerDevice(Account& caller, const Request& request)
+{
     const RequestBody body(request);
     body.allowOnly({"platform"_L1, "apnsToken"_L1});
     const Device device{body.filledText("platform"_L1), body.filledText("apnsToken"_L1)};
@@ -63,13 +68,14 @@ Answer registerDevice(Account& caller, const Request& request) {
     return {};
 }
 
-Answer teammates(Store& store, const Account& caller) {
+Answer teammates(Store& store, const Account& caller)
+{
     TeammatesAnswer answer;
     for (const auto& account : store.accounts()) {
         const QStringList products = account->agent.productIds.value_or(QStringList());
-        const bool shares = caller.isAdmin() || account->isAdmin() ||
-                            std::any_of(products.begin(), products.end(),
-                                        [&](const QString& id) { return caller.serves(id); });
+        const bool shares = caller.isAdmin() || account->isAdmin()
+                            || std::any_of(products.begin(), products.end(),
+                                           [&](const QString& id) { return caller.serves(id); });
         if (!shares)
             continue;
         Agent teammate = account->agent;
@@ -82,14 +88,16 @@ Answer teammates(Store& store, const Account& caller) {
 }
 
 /// With a product: its own responses and those of every product. Without: all that the agent can use.
-Answer canned(Store& store, const Account& caller, const Request& request) {
+Answer canned(Store& store, const Account& caller, const Request& request)
+{
     const QString productId = request.queryValue(u"productId"_s);
     if (!productId.isEmpty() && (!store.product(productId) || !caller.serves(productId)))
         throw Refusal(404, u"There is no such product."_s);
     CannedResponsesResponse response;
     for (const CannedResponse& item : store.canned()) {
-        const bool fits = !item.productId || (productId.isEmpty() ? caller.serves(*item.productId)
-                                                                  : *item.productId == productId);
+        const bool fits =
+            !item.productId
+            || (productId.isEmpty() ? caller.serves(*item.productId) : *item.productId == productId);
         if (fits)
             response.canned.wrappedValue.push_back(item);
     }
@@ -98,7 +106,8 @@ Answer canned(Store& store, const Account& caller, const Request& request) {
 
 } // namespace
 
-void addIdentityRoutes(Router& router, Workplace workplace) {
+void addIdentityRoutes(Router& router, Workplace workplace)
+{
     Store* const store = &workplace.store;
     router.add("POST", u"/v1/agent/login"_s, Access::anybody,
                [store](const Request& request, Account*) { return login(*store, request); });

@@ -14,14 +14,19 @@ constexpr quint64 longestFrame = 1024 * 1024;
 
 } // namespace
 
-LiveChannel::LiveChannel(QObject* parent) : QObject(parent) {}
+LiveChannel::LiveChannel(QObject* parent)
+    : QObject(parent)
+{
+}
 
-LiveChannel::~LiveChannel() {
+LiveChannel::~LiveChannel()
+{
     for (const Peer& peer : m_peers)
         peer.socket->disconnect(this);
 }
 
-void LiveChannel::add(std::unique_ptr<QWebSocket> socket, const QString& agentId) {
+void LiveChannel::add(std::unique_ptr<QWebSocket> socket, const QString& agentId)
+{
     QWebSocket* const channel = socket.get();
     channel->setParent(nullptr);
     channel->setMaxAllowedIncomingMessageSize(longestFrame);
@@ -35,12 +40,14 @@ void LiveChannel::add(std::unique_ptr<QWebSocket> socket, const QString& agentId
         onOpened(agentId);
 }
 
-void LiveChannel::send(const SocketEvent& event, const Audience& audience) {
+void LiveChannel::send(const SocketEvent& event, const Audience& audience)
+{
     if (!m_peers.empty())
         sendRaw(wire::encoded(event), audience);
 }
 
-void LiveChannel::sendRaw(const QByteArray& frame, const Audience& audience, bool binary) {
+void LiveChannel::sendRaw(const QByteArray& frame, const Audience& audience, bool binary)
+{
     const QString text = binary ? QString() : QString::fromUtf8(frame);
     std::vector<QWebSocket*> laggards;
     for (const Peer& peer : m_peers) {
@@ -57,11 +64,13 @@ void LiveChannel::sendRaw(const QByteArray& frame, const Audience& audience, boo
         socket->abort();
 }
 
-void LiveChannel::setViewing(const QString& agentId, const std::optional<QString>& conversationId) {
+void LiveChannel::setViewing(const QString& agentId, const std::optional<QString>& conversationId)
+{
     move(m_current, agentId, conversationId);
 }
 
-QStringList LiveChannel::viewers(const QString& conversationId) const {
+QStringList LiveChannel::viewers(const QString& conversationId) const
+{
     QStringList agents;
     for (const Sighting& sighting : m_sightings.value(conversationId)) {
         if (!agents.contains(sighting.agentId))
@@ -70,18 +79,21 @@ QStringList LiveChannel::viewers(const QString& conversationId) const {
     return agents;
 }
 
-QStringList LiveChannel::viewedConversations() const {
+QStringList LiveChannel::viewedConversations() const
+{
     QStringList conversations = m_sightings.keys();
     conversations.sort();
     return conversations;
 }
 
-bool LiveChannel::hasChannel(const QString& agentId) const {
+bool LiveChannel::hasChannel(const QString& agentId) const
+{
     return std::any_of(m_peers.begin(), m_peers.end(),
                        [&](const Peer& peer) { return peer.agentId == agentId; });
 }
 
-void LiveChannel::closeAll(QWebSocketProtocol::CloseCode code) {
+void LiveChannel::closeAll(QWebSocketProtocol::CloseCode code)
+{
     // Closing may report at once, which shortens the list.
     std::vector<QWebSocket*> sockets;
     for (const Peer& peer : m_peers)
@@ -90,7 +102,8 @@ void LiveChannel::closeAll(QWebSocketProtocol::CloseCode code) {
         socket->close(code);
 }
 
-void LiveChannel::abortAll() {
+void LiveChannel::abortAll()
+{
     std::vector<QWebSocket*> sockets;
     for (const Peer& peer : m_peers)
         sockets.push_back(peer.socket.get());
@@ -98,7 +111,8 @@ void LiveChannel::abortAll() {
         socket->abort();
 }
 
-void LiveChannel::receive(QWebSocket* socket, const QByteArray& frame) {
+void LiveChannel::receive(QWebSocket* socket, const QByteArray& frame)
+{
     const auto peer = peerOf(socket);
     if (peer == m_peers.end() || !onFrame)
         return;
@@ -107,7 +121,8 @@ void LiveChannel::receive(QWebSocket* socket, const QByteArray& frame) {
     m_current = nullptr;
 }
 
-void LiveChannel::drop(QWebSocket* socket) {
+void LiveChannel::drop(QWebSocket* socket)
+{
     const auto peer = peerOf(socket);
     if (peer == m_peers.end())
         return;
@@ -118,13 +133,15 @@ void LiveChannel::drop(QWebSocket* socket) {
     move(socket, agentId, std::nullopt);
 }
 
-std::vector<LiveChannel::Peer>::iterator LiveChannel::peerOf(const QWebSocket* socket) {
+std::vector<LiveChannel::Peer>::iterator LiveChannel::peerOf(const QWebSocket* socket)
+{
     return std::find_if(m_peers.begin(), m_peers.end(),
                         [socket](const Peer& peer) { return peer.socket.get() == socket; });
 }
 
 void LiveChannel::move(const QWebSocket* socket, const QString& agentId,
-                       const std::optional<QString>& conversationId) {
+                       const std::optional<QString>& conversationId)
+{
     const auto isSame = [&](const Sighting& sighting) {
         return sighting.socket == socket && sighting.agentId == agentId;
     };

@@ -50,24 +50,29 @@ const QString userAgent =
 } // namespace
 
 LoadGenerator::LoadGenerator(Store& store, Desk& desk, quint64 seed)
-    : m_store(store), m_desk(desk), m_random(seed) {
+    : m_store(store)
+    , m_desk(desk)
+    , m_random(seed)
+{
     m_timer.setInterval(catchUpInterval);
     m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &LoadGenerator::catchUp);
 }
 
-void LoadGenerator::addConversations(int count, int messages) {
+void LoadGenerator::addConversations(int count, int messages)
+{
     const Instant now = m_store.now();
     for (int index = 0; index < count; ++index) {
         Thread& thread = m_store.addThread(conversation(index));
         // Two minutes apart and a little uneven, so that the newest come first and pages have many days.
-        const Instant last = now - std::chrono::minutes(2) * (index + 1) -
-                             std::chrono::milliseconds(static_cast<qint64>(choose(60'000)));
+        const Instant last = now - std::chrono::minutes(2) * (index + 1)
+                             - std::chrono::milliseconds(static_cast<qint64>(choose(60'000)));
         fill(thread, index == 0 ? std::max(1, messages) : 1 + static_cast<int>(choose(3)), last);
     }
 }
 
-void LoadGenerator::start(int eventsPerSecond) {
+void LoadGenerator::start(int eventsPerSecond)
+{
     m_eventsPerSecond = eventsPerSecond;
     m_happened = 0;
     m_elapsed.start();
@@ -77,7 +82,8 @@ void LoadGenerator::start(int eventsPerSecond) {
         m_timer.stop();
 }
 
-void LoadGenerator::catchUp() {
+void LoadGenerator::catchUp()
+{
     const qint64 due = m_elapsed.elapsed() * m_eventsPerSecond / 1000;
     const qint64 missing = due - m_happened;
     m_happened = due;
@@ -85,7 +91,8 @@ void LoadGenerator::catchUp() {
         happen();
 }
 
-void LoadGenerator::happen() {
+void LoadGenerator::happen()
+{
     if (m_store.threadCount() == 0)
         return;
     Thread& thread = m_store.threadAt(choose(m_store.threadCount()));
@@ -107,7 +114,8 @@ void LoadGenerator::happen() {
     }
 }
 
-Conversation LoadGenerator::conversation(int index) {
+Conversation LoadGenerator::conversation(int index)
+{
     Conversation conversation;
     conversation.id = u"load-%1"_s.arg(index + 1);
     const Product& product = m_store.products()[choose(m_store.products().size())];
@@ -125,7 +133,8 @@ Conversation LoadGenerator::conversation(int index) {
     return conversation;
 }
 
-void LoadGenerator::fill(Thread& thread, int messages, Instant last) {
+void LoadGenerator::fill(Thread& thread, int messages, Instant last)
+{
     Conversation& conversation = thread.conversation;
     thread.messages.reserve(static_cast<std::size_t>(messages));
     const QString answerer = conversation.assigneeId.value_or(m_store.accounts().front()->agent.id);
@@ -153,7 +162,8 @@ void LoadGenerator::fill(Thread& thread, int messages, Instant last) {
     m_store.touch(thread);
 }
 
-VisitorMeta LoadGenerator::meta(const QString& site, Instant last) {
+VisitorMeta LoadGenerator::meta(const QString& site, Instant last)
+{
     const Place& place = places[choose(places.size())];
     VisitorMeta meta;
     meta.userAgent = userAgent;

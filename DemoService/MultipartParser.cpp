@@ -10,7 +10,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-[[noreturn]] void refuse(const QString& reason) {
+[[noreturn]] void refuse(const QString& reason)
+{
     throw Refusal(400, u"Malformed multipart body: %1."_s.arg(reason));
 }
 
@@ -21,7 +22,8 @@ struct ParameterizedValue {
 };
 
 /// A quoted text may hold semicolons, so that splitting at them would not do.
-ParameterizedValue parseParameters(const QByteArray& text) {
+ParameterizedValue parseParameters(const QByteArray& text)
+{
     ParameterizedValue parsed;
     qsizetype end = text.indexOf(';');
     parsed.value = text.left(end).trimmed().toLower();
@@ -48,7 +50,8 @@ ParameterizedValue parseParameters(const QByteArray& text) {
     return parsed;
 }
 
-FormPart parsePart(const QByteArray& headers) {
+FormPart parsePart(const QByteArray& headers)
+{
     FormPart part;
     for (const QByteArray& line : headers.split('\n')) {
         const qsizetype colon = line.indexOf(':');
@@ -74,7 +77,8 @@ FormPart parsePart(const QByteArray& headers) {
 
 } // namespace
 
-std::vector<FormPart> parseMultipart(const QByteArray& contentType, const QByteArray& body) {
+std::vector<FormPart> parseMultipart(const QByteArray& contentType, const QByteArray& body)
+{
     const ParameterizedValue type = parseParameters(contentType);
     if (type.value != "multipart/form-data")
         throw Refusal(415, u"The body must be sent as multipart/form-data."_s);

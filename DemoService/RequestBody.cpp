@@ -10,7 +10,8 @@ namespace orvia::demo {
 
 using namespace Qt::StringLiterals;
 
-RequestBody::RequestBody(const Request& request) {
+RequestBody::RequestBody(const Request& request)
+{
     const QByteArray mediaType = request.contentType.split(';').first().trimmed().toLower();
     if (request.body.isEmpty())
         throw Refusal(400, u"The request needs a JSON body."_s);
@@ -26,9 +27,13 @@ RequestBody::RequestBody(const Request& request) {
 }
 
 RequestBody::RequestBody(QJsonObject object, QString prefix)
-    : m_object(std::move(object)), m_prefix(std::move(prefix)) {}
+    : m_object(std::move(object))
+    , m_prefix(std::move(prefix))
+{
+}
 
-void RequestBody::allowOnly(std::initializer_list<QLatin1StringView> names) const {
+void RequestBody::allowOnly(std::initializer_list<QLatin1StringView> names) const
+{
     for (auto it = m_object.begin(); it != m_object.end(); ++it) {
         const auto matches = [&it](QLatin1StringView name) { return it.key() == name; };
         if (std::none_of(names.begin(), names.end(), matches))
@@ -36,28 +41,32 @@ void RequestBody::allowOnly(std::initializer_list<QLatin1StringView> names) cons
     }
 }
 
-QString RequestBody::text(QLatin1StringView name) const {
+QString RequestBody::text(QLatin1StringView name) const
+{
     const QJsonValue value = member(name);
     if (!value.isString())
         refuse(name, u"a string"_s);
     return value.toString();
 }
 
-QString RequestBody::filledText(QLatin1StringView name) const {
+QString RequestBody::filledText(QLatin1StringView name) const
+{
     const QString value = text(name);
     if (value.trimmed().isEmpty())
         throw Refusal(400, u"\"%1%2\" must not be empty."_s.arg(m_prefix, name));
     return value;
 }
 
-bool RequestBody::flag(QLatin1StringView name) const {
+bool RequestBody::flag(QLatin1StringView name) const
+{
     const QJsonValue value = member(name);
     if (!value.isBool())
         refuse(name, u"true or false"_s);
     return value.toBool();
 }
 
-qint64 RequestBody::integer(QLatin1StringView name) const {
+qint64 RequestBody::integer(QLatin1StringView name) const
+{
     const QJsonValue value = member(name);
     const double number = value.toDouble();
     if (!value.isDouble() || std::trunc(number) != number || std::abs(number) > 0x1p63)
@@ -65,7 +74,8 @@ qint64 RequestBody::integer(QLatin1StringView name) const {
     return value.toInteger();
 }
 
-QStringList RequestBody::texts(QLatin1StringView name) const {
+QStringList RequestBody::texts(QLatin1StringView name) const
+{
     const QJsonValue value = member(name);
     if (!value.isArray())
         refuse(name, u"a list of strings"_s);
@@ -78,14 +88,16 @@ QStringList RequestBody::texts(QLatin1StringView name) const {
     return texts;
 }
 
-RequestBody RequestBody::object(QLatin1StringView name) const {
+RequestBody RequestBody::object(QLatin1StringView name) const
+{
     const QJsonValue value = member(name);
     if (!value.isObject())
         refuse(name, u"an object"_s);
     return RequestBody(value.toObject(), m_prefix + name + u'.');
 }
 
-std::optional<QString> RequestBody::nullableText(QLatin1StringView name) const {
+std::optional<QString> RequestBody::nullableText(QLatin1StringView name) const
+{
     const QJsonValue value = member(name);
     if (value.isNull())
         return std::nullopt;
@@ -94,7 +106,8 @@ std::optional<QString> RequestBody::nullableText(QLatin1StringView name) const {
     return value.toString();
 }
 
-std::optional<Instant> RequestBody::nullableInstant(QLatin1StringView name) const {
+std::optional<Instant> RequestBody::nullableInstant(QLatin1StringView name) const
+{
     const QJsonValue value = member(name);
     if (value.isNull())
         return std::nullopt;
@@ -104,18 +117,21 @@ std::optional<Instant> RequestBody::nullableInstant(QLatin1StringView name) cons
     return instant;
 }
 
-QJsonValue RequestBody::member(QLatin1StringView name) const {
+QJsonValue RequestBody::member(QLatin1StringView name) const
+{
     const auto found = m_object.find(name);
     if (found == m_object.end())
         throw Refusal(400, u"\"%1%2\" is missing."_s.arg(m_prefix, name));
     return *found;
 }
 
-void RequestBody::refuse(QLatin1StringView name, const QString& expectation) const {
+void RequestBody::refuse(QLatin1StringView name, const QString& expectation) const
+{
     throw Refusal(400, u"\"%1%2\" must be %3."_s.arg(m_prefix, name, expectation));
 }
 
-void RequestBody::refuseCase(QLatin1StringView name, const QStringList& cases) const {
+void RequestBody::refuseCase(QLatin1StringView name, const QStringList& cases) const
+{
     throw Refusal(400, u"\"%1%2\" must be one of: %3."_s.arg(m_prefix, name, cases.join(u", ")));
 }
 

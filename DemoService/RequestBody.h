@@ -35,7 +35,8 @@ public:
     std::optional<Instant> nullableInstant(QLatin1StringView name) const;
 
     template <json::TextEnum Enum>
-    Enum oneOf(QLatin1StringView name) const {
+    Enum oneOf(QLatin1StringView name) const
+    {
         const auto value = enumFromWireText<Enum>(text(name).toStdString());
         if (!value)
             refuseCase(name, QStringList(wireTexts<Enum>()));
@@ -46,7 +47,8 @@ private:
     explicit RequestBody(QJsonObject object, QString prefix);
 
     template <class Enum>
-    static QStringList wireTexts() {
+    static QStringList wireTexts()
+    {
         QStringList texts;
         for (const Enum value : allCases<Enum>())
             texts.push_back(wireText(value));

@@ -7,7 +7,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// Whether the path matches, and what stands for the placeholders.
-std::optional<QStringList> argumentsOf(const QStringList& pattern, const QStringList& path) {
+std::optional<QStringList> argumentsOf(const QStringList& pattern, const QStringList& path)
+{
     if (pattern.size() != path.size())
         return std::nullopt;
     QStringList arguments;
@@ -22,13 +23,18 @@ std::optional<QStringList> argumentsOf(const QStringList& pattern, const QString
 
 } // namespace
 
-Router::Router(Store& store) : m_store(store) {}
+Router::Router(Store& store)
+    : m_store(store)
+{
+}
 
-void Router::add(QByteArray method, const QString& pattern, Access access, Handler handler) {
+void Router::add(QByteArray method, const QString& pattern, Access access, Handler handler)
+{
     m_routes.push_back({std::move(method), pattern.split(u'/'), access, std::move(handler)});
 }
 
-Answer Router::answer(Request request) const {
+Answer Router::answer(Request request) const
+{
     try {
         const Route& route = routeFor(request);
         return route.handler(request, callerOf(request, route.access));
@@ -37,7 +43,8 @@ Answer Router::answer(Request request) const {
     }
 }
 
-const Router::Route& Router::routeFor(Request& request) const {
+const Router::Route& Router::routeFor(Request& request) const
+{
     const QStringList path = request.path.split(u'/');
     bool knownPath = false;
     for (const Route& route : m_routes) {
@@ -55,7 +62,8 @@ const Router::Route& Router::routeFor(Request& request) const {
     throw Refusal(404, u"There is nothing at this address."_s);
 }
 
-Account* Router::callerOf(const Request& request, Access access) const {
+Account* Router::callerOf(const Request& request, Access access) const
+{
     if (access == Access::anybody)
         return nullptr;
     constexpr QByteArrayView scheme("Bearer ");

@@ -20,11 +20,13 @@ constexpr int newcomerPause = 130;
 
 constexpr int draftBeats = 6;
 
-int typingBeats(const QString& text) {
+int typingBeats(const QString& text)
+{
     return std::clamp(static_cast<int>(text.size() / 6), 3, 9);
 }
 
-QStringList textsOf(const QJsonValue& list) {
+QStringList textsOf(const QJsonValue& list)
+{
     QStringList texts;
     for (const QJsonValue item : list.toArray())
         texts.push_back(item.toString());
@@ -33,7 +35,8 @@ QStringList textsOf(const QJsonValue& list) {
 
 } // namespace
 
-QString typedSoFar(const QString& text, int step, int steps) {
+QString typedSoFar(const QString& text, int step, int steps)
+{
     if (step >= steps)
         return text;
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
@@ -45,17 +48,23 @@ QString typedSoFar(const QString& text, int step, int steps) {
 
 ScriptedLife::ScriptedLife(Store& store, Desk& desk, LiveChannel& live, quint64 seed,
                            std::chrono::milliseconds beat)
-    : m_store(store), m_desk(desk), m_live(live), m_random(seed) {
+    : m_store(store)
+    , m_desk(desk)
+    , m_live(live)
+    , m_random(seed)
+{
     m_timer.setInterval(beat);
     connect(&m_timer, &QTimer::timeout, this, &ScriptedLife::tick);
     loadParts();
 }
 
-ScriptedLife::~ScriptedLife() {
+ScriptedLife::~ScriptedLife()
+{
     m_desk.onPosted = nullptr;
 }
 
-void ScriptedLife::start() {
+void ScriptedLife::start()
+{
     m_desk.onPosted = [this](const Thread& thread, const Message& message) {
         reactTo(thread.conversation.id, message);
     };
@@ -68,7 +77,8 @@ void ScriptedLife::start() {
     m_timer.start();
 }
 
-void ScriptedLife::loadParts() {
+void ScriptedLife::loadParts()
+{
     const QJsonObject life = seedDocument(u"life.json"_s);
     for (const QJsonValue item : life.value("visitors"_L1).toArray())
         m_visitors.push_back({item["conversation"_L1].toString(), textsOf(item["lines"_L1])});
@@ -87,11 +97,13 @@ void ScriptedLife::loadParts() {
     std::erase_if(m_teammates, isMissing);
 }
 
-void ScriptedLife::after(int beats, std::function<void()> step) {
+void ScriptedLife::after(int beats, std::function<void()> step)
+{
     m_steps.emplace(m_beat + std::max(1, beats), std::move(step));
 }
 
-void ScriptedLife::tick() {
+void ScriptedLife::tick()
+{
     ++m_beat;
     while (!m_steps.empty() && m_steps.begin()->first <= m_beat) {
         const auto step = std::move(m_steps.extract(m_steps.begin()).mapped());
@@ -100,7 +112,8 @@ void ScriptedLife::tick() {
 }
 
 /// The first visitors come in their order, so that a fresh start always looks alike; later it is random.
-void ScriptedLife::directVisitors() {
+void ScriptedLife::directVisitors()
+{
     after(visitorPause, [this] { directVisitors(); });
     if (m_visitors.empty())
         return;
@@ -109,7 +122,8 @@ void ScriptedLife::directVisitors() {
     typeAndSend(part.conversationId, part.lines[part.next++ % part.lines.size()]);
 }
 
-void ScriptedLife::directTeammates() {
+void ScriptedLife::directTeammates()
+{
     after(teammatePause, [this] { directTeammates(); });
     if (m_teammates.empty())
         return;
@@ -119,7 +133,8 @@ void ScriptedLife::directTeammates() {
 }
 
 /// A visitor reads what an agent has written and answers, unless they are typing already.
-void ScriptedLife::reactTo(const QString& conversationId, const Message& message) {
+void ScriptedLife::reactTo(const QString& conversationId, const Message& message)
+{
     if (message.sender != MessageSender::agent)
         return;
     after(2, [this, conversationId] {
@@ -133,7 +148,8 @@ void ScriptedLife::reactTo(const QString& conversationId, const Message& message
     after(4, [this, conversationId, answer] { typeAndSend(conversationId, answer); });
 }
 
-int ScriptedLife::typeAndSend(const QString& conversationId, const QString& text) {
+int ScriptedLife::typeAndSend(const QString& conversationId, const QString& text)
+{
     if (m_typing.contains(conversationId))
         return 0;
     m_typing.insert(conversationId);
@@ -156,7 +172,8 @@ int ScriptedLife::typeAndSend(const QString& conversationId, const QString& text
     return beats + 1;
 }
 
-void ScriptedLife::play(const TeammatePart& part) {
+void ScriptedLife::play(const TeammatePart& part)
+{
     const auto isFree = [this, agentId = part.agentId] { return !m_live.hasChannel(agentId); };
     const Account* const account = m_store.account(part.agentId);
     const Thread* const thread = m_store.thread(part.conversationId);
@@ -177,7 +194,8 @@ void ScriptedLife::play(const TeammatePart& part) {
     after(draftBeats + 6, [this, agentId = part.agentId] { m_live.setViewing(agentId, std::nullopt); });
 }
 
-void ScriptedLife::finish(const TeammatePart& part) {
+void ScriptedLife::finish(const TeammatePart& part)
+{
     Thread& thread = *m_store.thread(part.conversationId);
     m_desk.agentTyping(thread, m_store.account(part.agentId)->agent, {});
     if (part.ends == "drop"_L1)
@@ -191,7 +209,8 @@ void ScriptedLife::finish(const TeammatePart& part) {
     m_desk.post(thread, std::move(draft));
 }
 
-void ScriptedLife::arrive(const Newcomer& newcomer) {
+void ScriptedLife::arrive(const Newcomer& newcomer)
+{
     const Thread& thread = m_desk.startConversation(newcomer.productId, newcomer.visitor);
     typeAndSend(thread.conversation.id, newcomer.line);
     after(newcomerPause, [this] { arrive(m_newcomers[m_nextNewcomer++ % m_newcomers.size()]); });

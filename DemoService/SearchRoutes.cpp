@@ -15,7 +15,8 @@ constexpr qsizetype snippetLength = 140;
 constexpr qsizetype snippetLead = 40;
 
 /// The part of @p text around the match at @p position, cut at spaces where there are any.
-QString snippetOf(const QString& text, qsizetype position) {
+QString snippetOf(const QString& text, qsizetype position)
+{
     const QString line = QString(text).replace(u'\n', u' ');
     if (line.size() <= snippetLength)
         return line;
@@ -28,13 +29,14 @@ QString snippetOf(const QString& text, qsizetype position) {
     if (end < line.size() && line.at(end).isLowSurrogate())
         ++end;
     const QString ellipsis = u"…"_s;
-    return (start > 0 ? ellipsis : QString()) + line.mid(start, end - start) +
-           (end < line.size() ? ellipsis : QString());
+    return (start > 0 ? ellipsis : QString()) + line.mid(start, end - start)
+           + (end < line.size() ? ellipsis : QString());
 }
 
 /// Adds the hits of one thread, the conversation itself first, then its messages as they were written.
 void addHits(const Thread& thread, const QString& query, std::size_t limit,
-             std::vector<SearchResult>& results) {
+             std::vector<SearchResult>& results)
+{
     const Conversation& conversation = thread.conversation;
     for (const QString& text : {conversation.visitor.name, conversation.visitor.email}) {
         if (results.size() < limit && text.contains(query, Qt::CaseInsensitive)) {
@@ -53,7 +55,8 @@ void addHits(const Thread& thread, const QString& query, std::size_t limit,
     }
 }
 
-int limitOf(const Request& request) {
+int limitOf(const Request& request)
+{
     const QString text = request.queryValue(u"limit"_s);
     if (text.isEmpty())
         return usualLimit;
@@ -64,7 +67,8 @@ int limitOf(const Request& request) {
     return limit;
 }
 
-Answer search(Store& store, const Account& caller, const Request& request) {
+Answer search(Store& store, const Account& caller, const Request& request)
+{
     if (!request.query.hasQueryItem(u"q"_s))
         throw Refusal(400, u"\"q\" is missing."_s);
     const QString query = request.queryValue(u"q"_s).trimmed();
@@ -83,7 +87,8 @@ Answer search(Store& store, const Account& caller, const Request& request) {
 
 } // namespace
 
-void addSearchRoutes(Router& router, Workplace workplace) {
+void addSearchRoutes(Router& router, Workplace workplace)
+{
     router.add("GET", u"/v1/agent/search"_s, Router::Access::agent,
                [store = &workplace.store](const Request& request, Account* caller) {
                    return search(*store, *caller, request);

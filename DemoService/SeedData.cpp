@@ -7,7 +7,8 @@
 #include <cmath>
 
 /// Resources of a static library have to be asked for, outside of every namespace.
-static void initializeResources() {
+static void initializeResources()
+{
     Q_INIT_RESOURCE(demo);
 }
 
@@ -17,7 +18,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QByteArray resource(const QString& name) {
+QByteArray resource(const QString& name)
+{
     initializeResources();
     QFile file(u":/demo/"_s + name);
     const bool opened = file.open(QIODevice::ReadOnly);
@@ -25,12 +27,14 @@ QByteArray resource(const QString& name) {
     return opened ? file.readAll() : QByteArray();
 }
 
-std::optional<QString> text(const QJsonObject& object, QLatin1StringView key) {
+std::optional<QString> text(const QJsonObject& object, QLatin1StringView key)
+{
     const QJsonValue value = object.value(key);
     return value.isString() ? std::optional(value.toString()) : std::nullopt;
 }
 
-std::optional<QStringList> texts(const QJsonObject& object, QLatin1StringView key) {
+std::optional<QStringList> texts(const QJsonObject& object, QLatin1StringView key)
+{
     if (!object.contains(key))
         return std::nullopt;
     QStringList list;
@@ -40,19 +44,22 @@ std::optional<QStringList> texts(const QJsonObject& object, QLatin1StringView ke
 }
 
 template <class Enum>
-Enum oneOf(const QJsonObject& object, QLatin1StringView key, Enum fallback) {
+Enum oneOf(const QJsonObject& object, QLatin1StringView key, Enum fallback)
+{
     return enumFromWireText<Enum>(object.value(key).toString().toStdString()).value_or(fallback);
 }
 
 /// The instant that lies the member's number of minutes before @p now.
-std::optional<Instant> ago(const QJsonObject& object, QLatin1StringView key, Instant now) {
+std::optional<Instant> ago(const QJsonObject& object, QLatin1StringView key, Instant now)
+{
     const QJsonValue minutes = object.value(key);
     if (!minutes.isDouble())
         return std::nullopt;
     return now - std::chrono::milliseconds(std::llround(minutes.toDouble() * 60'000));
 }
 
-WidgetConfig widgetFrom(const QJsonObject& object) {
+WidgetConfig widgetFrom(const QJsonObject& object)
+{
     WidgetConfig widget;
     widget.title = text(object, "title"_L1);
     widget.accentColor = text(object, "accentColor"_L1);
@@ -64,13 +71,15 @@ WidgetConfig widgetFrom(const QJsonObject& object) {
     return widget;
 }
 
-VisitorGeo geoFrom(const QJsonObject& object) {
+VisitorGeo geoFrom(const QJsonObject& object)
+{
     return {text(object, "city"_L1),        text(object, "region"_L1),   text(object, "country"_L1),
             text(object, "countryCode"_L1), text(object, "timezone"_L1), text(object, "org"_L1)};
 }
 
 /// Custom data stands as a list of pairs, because a JSON object does not keep their order here.
-OrderedStringMap customDataFrom(const QJsonArray& pairs) {
+OrderedStringMap customDataFrom(const QJsonArray& pairs)
+{
     OrderedStringMap data;
     for (const QJsonValue item : pairs) {
         const QJsonValue value = item.toArray().at(1);
@@ -84,7 +93,8 @@ OrderedStringMap customDataFrom(const QJsonArray& pairs) {
     return data;
 }
 
-VisitorMeta metaFrom(const QJsonObject& object, Instant now) {
+VisitorMeta metaFrom(const QJsonObject& object, Instant now)
+{
     VisitorMeta meta;
     meta.url = text(object, "url"_L1);
     meta.referrer = text(object, "referrer"_L1);
@@ -104,7 +114,8 @@ VisitorMeta metaFrom(const QJsonObject& object, Instant now) {
     return meta;
 }
 
-Conversation conversationFrom(const QJsonObject& object, Instant now) {
+Conversation conversationFrom(const QJsonObject& object, Instant now)
+{
     Conversation conversation;
     conversation.id = object.value("id"_L1).toString();
     conversation.productId = object.value("product"_L1).toString();
@@ -128,7 +139,8 @@ Conversation conversationFrom(const QJsonObject& object, Instant now) {
     return conversation;
 }
 
-std::optional<Attachment> attachmentFrom(const QJsonObject& object, Store& store, FileShelf& files) {
+std::optional<Attachment> attachmentFrom(const QJsonObject& object, Store& store, FileShelf& files)
+{
     const QString name = object.value("name"_L1).toString();
     const auto stored = text(object, "resource"_L1);
     const QByteArray data =
@@ -137,7 +149,8 @@ std::optional<Attachment> attachmentFrom(const QJsonObject& object, Store& store
 }
 
 Message messageFrom(const QJsonObject& object, const Conversation& conversation, Store& store,
-                    FileShelf& files, Instant now) {
+                    FileShelf& files, Instant now)
+{
     constexpr QLatin1StringView notePrefix("note:");
     Message message;
     message.id = store.newId("m"_L1);
@@ -163,7 +176,8 @@ Message messageFrom(const QJsonObject& object, const Conversation& conversation,
     return message;
 }
 
-void addConversation(const QJsonObject& object, Store& store, FileShelf& files, Instant now) {
+void addConversation(const QJsonObject& object, Store& store, FileShelf& files, Instant now)
+{
     Thread& thread = store.addThread(conversationFrom(object, now));
     Conversation& conversation = thread.conversation;
     for (const QJsonValue item : object.value("messages"_L1).toArray()) {
@@ -180,14 +194,16 @@ void addConversation(const QJsonObject& object, Store& store, FileShelf& files, 
 
 } // namespace
 
-QJsonObject seedDocument(const QString& name) {
+QJsonObject seedDocument(const QString& name)
+{
     QJsonParseError error;
     const QJsonDocument parsed = QJsonDocument::fromJson(resource(name), &error);
     Q_ASSERT(error.error == QJsonParseError::NoError);
     return parsed.object();
 }
 
-void addTeam(Store& store, const QString& password) {
+void addTeam(Store& store, const QString& password)
+{
     const Instant founded = store.now() - std::chrono::days(400);
     const QJsonObject team = seedDocument(u"team.json"_s);
     for (const QJsonValue item : team.value("products"_L1).toArray()) {
@@ -223,7 +239,8 @@ void addTeam(Store& store, const QString& password) {
     }
 }
 
-void addConversations(Store& store, FileShelf& files) {
+void addConversations(Store& store, FileShelf& files)
+{
     const Instant now = store.now();
     for (const QString& name : {u"conversations-1.json"_s, u"conversations-2.json"_s}) {
         for (const QJsonValue item : seedDocument(name).value("conversations"_L1).toArray())
@@ -231,7 +248,8 @@ void addConversations(Store& store, FileShelf& files) {
     }
 }
 
-QByteArray pdfDocument(const QByteArray& title, qsizetype size) {
+QByteArray pdfDocument(const QByteArray& title, qsizetype size)
+{
     const QByteArray content = "BT /F1 18 Tf 72 760 Td (" + title + ") Tj ET";
     const QList<QByteArray> objects{
         "<< /Type /Catalog /Pages 2 0 R >>", "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
@@ -256,8 +274,8 @@ QByteArray pdfDocument(const QByteArray& title, qsizetype size) {
     document += "xref\n0 6\n0000000000 65535 f \n";
     for (const qsizetype offset : offsets)
         document += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
-    return document + "trailer\n<< /Size 6 /Root 1 0 R >>\nstartxref\n" + QByteArray::number(tableStart) +
-           "\n%%EOF\n";
+    return document + "trailer\n<< /Size 6 /Root 1 0 R >>\nstartxref\n" + QByteArray::number(tableStart)
+           + "\n%%EOF\n";
 }
 
 } // namespace orvia::demo

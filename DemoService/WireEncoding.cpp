@@ -7,7 +7,8 @@ namespace orvia::demo::wire {
 
 using namespace Qt::StringLiterals;
 
-void write(Writer& writer, const Instant& value) {
+void write(Writer& writer, const Instant& value)
+{
     std::string text = iso8601FromInstant(value);
     const auto milliseconds =
         static_cast<int>((value - std::chrono::floor<std::chrono::seconds>(value)).count());
@@ -20,7 +21,8 @@ void write(Writer& writer, const Instant& value) {
     write(writer, std::string_view(text));
 }
 
-void write(Writer& writer, const OrderedStringMap& map) {
+void write(Writer& writer, const OrderedStringMap& map)
+{
     writer.StartObject();
     for (const auto& [key, value] : map.pairs) {
         write(writer, key);

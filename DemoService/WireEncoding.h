@@ -21,20 +21,24 @@ namespace orvia::demo::wire {
 
 using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 
-inline void write(Writer& writer, std::string_view text) {
+inline void write(Writer& writer, std::string_view text)
+{
     writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
 
-inline void write(Writer& writer, const QString& value) {
+inline void write(Writer& writer, const QString& value)
+{
     const QByteArray utf8 = value.toUtf8();
     write(writer, std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())));
 }
 
-inline void write(Writer& writer, bool value) {
+inline void write(Writer& writer, bool value)
+{
     writer.Bool(value);
 }
 
-inline void write(Writer& writer, qint64 value) {
+inline void write(Writer& writer, qint64 value)
+{
     writer.Int64(value);
 }
 
@@ -42,7 +46,8 @@ void write(Writer& writer, const Instant& value);
 void write(Writer& writer, const OrderedStringMap& map);
 
 template <json::TextEnum Enum>
-void write(Writer& writer, const Enum& value) {
+void write(Writer& writer, const Enum& value)
+{
     write(writer, json::EnumTexts<Enum>::values[static_cast<std::size_t>(value)]);
 }
 
@@ -50,8 +55,16 @@ template <json::Record T>
 void write(Writer& writer, const T& record);
 
 template <class List>
-requires(std::same_as<List, std::vector<typename List::value_type>> ||
-         std::same_as<List, QList<typename List::value_type>>) void write(Writer& writer, const List& list) {
+requires(
+    std::same_as<
+        List,
+        std::vector<
+            typename List::
+                value_type>> || std::same_as<List, QList<typename List::value_type>>) void write(Writer&
+                                                                                                     writer,
+                                                                                                 const List&
+                                                                                                     list)
+{
     writer.StartArray();
     for (const auto& item : list)
         write(writer, item);
@@ -59,12 +72,14 @@ requires(std::same_as<List, std::vector<typename List::value_type>> ||
 }
 
 template <class Item>
-void write(Writer& writer, const Lossy<Item>& list) {
+void write(Writer& writer, const Lossy<Item>& list)
+{
     write(writer, list.wrappedValue);
 }
 
 template <class T, class Value>
-void writeField(Writer& writer, const T& record, const json::Field<T, Value>& field) {
+void writeField(Writer& writer, const T& record, const json::Field<T, Value>& field)
+{
     const Value& member = record.*(field.member);
     if constexpr (requires { member.has_value(); }) {
         if (!member)
@@ -78,7 +93,8 @@ void writeField(Writer& writer, const T& record, const json::Field<T, Value>& fi
 }
 
 template <json::Record T>
-void write(Writer& writer, const T& record) {
+void write(Writer& writer, const T& record)
+{
     writer.StartObject();
     std::apply([&](const auto&... field) { (writeField(writer, record, field), ...); }, T::fields());
     writer.EndObject();
@@ -86,7 +102,8 @@ void write(Writer& writer, const T& record) {
 
 /// @p record as compact JSON; absent members are left out.
 template <json::Record T>
-QByteArray encoded(const T& record) {
+QByteArray encoded(const T& record)
+{
     rapidjson::StringBuffer buffer;
     Writer writer(buffer);
     write(writer, record);

@@ -22,7 +22,8 @@ struct NumberOption {
 };
 
 /// Answers SIGTERM and SIGINT by leaving the event loop, in the loop itself and not inside a signal handler.
-void quitOnSignals(QCoreApplication& application) {
+void quitOnSignals(QCoreApplication& application)
+{
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
@@ -40,7 +41,8 @@ void quitOnSignals(QCoreApplication& application) {
 }
 
 /// The value of the option, or none when it is not a number in its range.
-std::optional<qint64> number(const QCommandLineParser& parser, const NumberOption& entry) {
+std::optional<qint64> number(const QCommandLineParser& parser, const NumberOption& entry)
+{
     bool isNumber = false;
     const qint64 value = parser.value(entry.option).toLongLong(&isNumber);
     if (isNumber && value >= 0 && value <= entry.highest)
@@ -48,12 +50,14 @@ std::optional<qint64> number(const QCommandLineParser& parser, const NumberOptio
     return std::nullopt;
 }
 
-int refuse(const QString& reason) {
+int refuse(const QString& reason)
+{
     std::fprintf(stderr, "orvia-demo-service: %s\n", qPrintable(reason));
     return usageError;
 }
 
-void printAccounts(orvia::demo::DemoService& service) {
+void printAccounts(orvia::demo::DemoService& service)
+{
     std::printf("Orvia demo service at %s\n", qPrintable(service.origin().toString()));
     std::printf("Accounts, all with the password \"%s\":\n",
                 qPrintable(orvia::demo::DemoService::password()));
@@ -67,7 +71,8 @@ void printAccounts(orvia::demo::DemoService& service) {
 
 } // namespace
 
-int main(int argc, char* argv[]) {
+int main(int argc, char* argv[])
+{
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"orvia-demo-service"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(ORVIA_VERSION));
