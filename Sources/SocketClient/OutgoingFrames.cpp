@@ -16,7 +16,8 @@ struct Typing {
     QString conversationId;
     QString preview;
 
-    static constexpr auto fields() {
+    static constexpr auto fields()
+    {
         return std::tuple{json::required("type", &Typing::type),
                           json::required("conversationId", &Typing::conversationId),
                           json::required("preview", &Typing::preview)};
@@ -27,7 +28,8 @@ struct Read {
     QString type = u"read"_s;
     QString conversationId;
 
-    static constexpr auto fields() {
+    static constexpr auto fields()
+    {
         return std::tuple{json::required("type", &Read::type),
                           json::required("conversationId", &Read::conversationId)};
     }
@@ -38,7 +40,8 @@ struct Viewing {
 };
 
 /// The type is a constant of the frame; the conversation is always written, null when there is none.
-void writeValue(json::Writer& writer, const Viewing& frame) {
+void writeValue(json::Writer& writer, const Viewing& frame)
+{
     writer.StartObject();
     json::writeText(writer, "type");
     json::writeText(writer, "viewing");
@@ -51,12 +54,14 @@ void writeValue(json::Writer& writer, const Viewing& frame) {
 }
 
 template <class Frame>
-QString textOf(const Frame& frame) {
+QString textOf(const Frame& frame)
+{
     return QString::fromUtf8(APIJSON::encoder.encode(frame));
 }
 
 /// The first @p limit user-perceived characters of @p text.
-QString firstCharacters(const QString& text, qsizetype limit) {
+QString firstCharacters(const QString& text, qsizetype limit)
+{
     if (text.size() <= limit)
         return text;
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
@@ -69,21 +74,25 @@ QString firstCharacters(const QString& text, qsizetype limit) {
 
 } // namespace
 
-void SocketClient::sendTyping(const QString& conversationId, const QString& preview) {
+void SocketClient::sendTyping(const QString& conversationId, const QString& preview)
+{
     constexpr qsizetype longestPreview = 500;
     deliver(textOf(
         Typing{.conversationId = conversationId, .preview = firstCharacters(preview, longestPreview)}));
 }
 
-void SocketClient::sendRead(const QString& conversationId) {
+void SocketClient::sendRead(const QString& conversationId)
+{
     deliver(textOf(Read{.conversationId = conversationId}));
 }
 
-void SocketClient::sendViewing(const std::optional<QString>& conversationId) {
+void SocketClient::sendViewing(const std::optional<QString>& conversationId)
+{
     deliver(textOf(Viewing{conversationId}));
 }
 
-void SocketClient::deliver(const QString& text) {
+void SocketClient::deliver(const QString& text)
+{
     const QPointer<SocketClient> self(this);
     if (const auto callback = onSend)
         callback(text);

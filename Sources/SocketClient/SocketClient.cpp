@@ -17,7 +17,8 @@ namespace {
 /// Buffers beyond this are not worth keeping between frames.
 constexpr qsizetype largestKeptBuffer = 64 * 1024;
 
-std::optional<SocketEvent> decodedEvent(QByteArrayView bytes) {
+std::optional<SocketEvent> decodedEvent(QByteArrayView bytes)
+{
     try {
         return APIJSON::decoder.decode<SocketEvent>(bytes);
     } catch (const DecodingError&) {
@@ -27,7 +28,8 @@ std::optional<SocketEvent> decodedEvent(QByteArrayView bytes) {
 
 } // namespace
 
-std::chrono::milliseconds reconnectDelay(qint64 attempt, const SocketTimings& timings) {
+std::chrono::milliseconds reconnectDelay(qint64 attempt, const SocketTimings& timings)
+{
     constexpr qint64 largestExponent = 1000; // far beyond every limit, and still a finite number
     const double delay = std::ldexp(static_cast<double>(timings.firstReconnectDelay.count()),
                                     static_cast<int>(std::clamp<qint64>(attempt, 0, largestExponent)));
@@ -39,8 +41,13 @@ std::chrono::milliseconds reconnectDelay(qint64 attempt, const SocketTimings& ti
 /// whether the client outlived what its callbacks did.
 class SocketClient::SignalScope {
 public:
-    explicit SignalScope(SocketClient* client) : m_client(client) { ++client->m_signalDepth; }
-    ~SignalScope() {
+    explicit SignalScope(SocketClient* client)
+        : m_client(client)
+    {
+        ++client->m_signalDepth;
+    }
+    ~SignalScope()
+    {
         if (m_client)
             --m_client->m_signalDepth;
     }
@@ -51,7 +58,10 @@ private:
     QPointer<SocketClient> m_client;
 };
 
-SocketClient::SocketClient(SocketTimings timings, QObject* parent) : QObject(parent), m_timings(timings) {
+SocketClient::SocketClient(SocketTimings timings, QObject* parent)
+    : QObject(parent)
+    , m_timings(timings)
+{
     m_pingTimer.setTimerType(Qt::PreciseTimer);
     m_pingTimer.setInterval(timings.pingInterval);
     QObject::connect(&m_pingTimer, &QTimer::timeout, this, [this] { m_socket->ping(); });
@@ -65,11 +75,13 @@ SocketClient::SocketClient(SocketTimings timings, QObject* parent) : QObject(par
     QObject::connect(&m_reconnectTimer, &QTimer::timeout, this, &SocketClient::open);
 }
 
-SocketClient::~SocketClient() {
-    dropConnection();
+SocketClient::~SocketClient()
+{
+    dropConnection(Farewell::goingAway);
 }
 
-std::optional<QUrl> SocketClient::socketURL(const QUrl& baseURL, const QString& token) {
+std::optional<QUrl> SocketClient::socketURL(const QUrl& baseURL, const QString& token)
+{
     if (baseURL.isEmpty() || !baseURL.isValid())
         return std::nullopt;
     QUrl url = baseURL;
@@ -81,7 +93,8 @@ std::optional<QUrl> SocketClient::socketURL(const QUrl& baseURL, const QString& 
     return url.isValid() ? std::optional(url) : std::nullopt;
 }
 
-void SocketClient::connect(const QUrl& baseURL, const QString& token) {
+void SocketClient::connect(const QUrl& baseURL, const QString& token)
+{
     if (baseURL.isEmpty() || !baseURL.isValid())
         return;
     m_url = socketURL(baseURL, token);
@@ -90,18 +103,20 @@ void SocketClient::connect(const QUrl& baseURL, const QString& token) {
     open();
 }
 
-void SocketClient::disconnect() {
+void SocketClient::disconnect()
+{
     m_manuallyClosed = true;
     m_reconnectTimer.stop();
-    dropConnection();
+    dropConnection(Farewell::goingAway);
     report(false);
 }
 
-void SocketClient::open() {
+void SocketClient::open()
+{
     if (!m_url || m_manuallyClosed)
         return;
     m_reconnectTimer.stop();
-    dropConnection();
+    dropConnection(Farewell::goingAway);
 
     m_socket = new QWebSocket(QString(), QWebSocketProtocol::VersionLatest);
     m_socket->setMaxAllowedIncomingFrameSize(maxMessageBytes);
@@ -114,7 +129,8 @@ void SocketClient::open() {
 
 /// Each handler acts for the current connection only. A failure may be told by either of two signals, or by
 /// both; the first one makes the connection no longer current.
-void SocketClient::listenTo(QWebSocket* socket) {
+void SocketClient::listenTo(QWebSocket* socket)
+{
     const auto whileCurrent = [this, socket](auto handler) {
         return [this, socket, handler](const auto&... arguments) {
             if (socket != m_socket)
@@ -145,7 +161,8 @@ void SocketClient::listenTo(QWebSocket* socket) {
                      }));
 }
 
-void SocketClient::opened() {
+void SocketClient::opened()
+{
     m_handshakeTimer.stop();
     m_awaitsFirstPong = true;
     m_pingTimer.start();
@@ -161,7 +178,8 @@ void SocketClient::opened() {
     }
 }
 
-void SocketClient::receive(QByteArrayView bytes) {
+void SocketClient::receive(QByteArrayView bytes)
+{
     // Decoded before anybody is told: a callback may run the event loop, and with it reuse the buffer.
     const std::optional<SocketEvent> event = decodedEvent(bytes);
     if (m_inbound.capacity() > largestKeptBuffer)
@@ -178,12 +196,15 @@ void SocketClient::receive(QByteArrayView bytes) {
     callback(*event);
 }
 
-void SocketClient::lost() {
-    dropConnection();
+void SocketClient::lost()
+{
+    // Nobody is left to say goodbye to.
+    dropConnection(Farewell::none);
     scheduleReconnect();
 }
 
-void SocketClient::scheduleReconnect() {
+void SocketClient::scheduleReconnect()
+{
     const QPointer<SocketClient> self(this);
     report(false);
     // The callback may have destroyed or closed this client, or opened the channel anew.
@@ -192,7 +213,8 @@ void SocketClient::scheduleReconnect() {
     m_reconnectTimer.start(reconnectDelay(m_attempt++, m_timings));
 }
 
-void SocketClient::dropConnection() {
+void SocketClient::dropConnection(Farewell farewell)
+{
     m_pingTimer.stop();
     m_handshakeTimer.stop();
     m_waitingTexts.clear();
@@ -201,7 +223,7 @@ void SocketClient::dropConnection() {
     if (!socket)
         return;
     QObject::disconnect(socket, nullptr, this, nullptr);
-    if (socket->state() == QAbstractSocket::ConnectedState)
+    if (farewell == Farewell::goingAway && socket->state() == QAbstractSocket::ConnectedState)
         socket->close(QWebSocketProtocol::CloseCodeGoingAway);
     else
         socket->abort();
@@ -211,7 +233,8 @@ void SocketClient::dropConnection() {
         socket->deleteLater();
 }
 
-void SocketClient::report(bool connected) {
+void SocketClient::report(bool connected)
+{
     if (const auto callback = onConnectionChange)
         callback(connected);
 }

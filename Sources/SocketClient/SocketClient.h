@@ -65,6 +65,7 @@ public:
 
 private:
     class SignalScope;
+    enum class Farewell { none, goingAway };
 
     void deliver(const QString& text);
     void open();
@@ -73,8 +74,9 @@ private:
     void receive(QByteArrayView bytes);
     void lost();
     void scheduleReconnect();
-    /// Lets go of the current connection, saying goodbye where it is up.
-    void dropConnection();
+    /// Lets go of the current connection, after a close frame with code 1001 where one is wanted and it is
+    /// up.
+    void dropConnection(Farewell farewell);
     void report(bool connected);
 
     SocketTimings m_timings;

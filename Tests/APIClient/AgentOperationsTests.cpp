@@ -17,7 +17,8 @@ struct Case {
 
 /// Whether @p task ends in success.
 template <class T>
-bool succeeds(QCoro::Task<T> task) {
+bool succeeds(QCoro::Task<T> task)
+{
     const auto outcome = runTask(std::move(task));
     EXPECT_EQ(outcome.errorMessage(), QString());
     return outcome.value.has_value();
@@ -30,7 +31,8 @@ const QByteArray conversations =
 const QByteArray conversation = wrapped("conversation", conversationJSON);
 const QByteArray message = wrapped("message", messageJSON);
 
-std::vector<Case> cases() {
+std::vector<Case> cases()
+{
     return {
         {"login", [](const APIClient& c) { return succeeds(c.login(u"ada@x.example"_s, u"pä\"ss"_s)); },
          "POST", "/v1/agent/login", "{\"email\":\"ada@x.example\",\"password\":\"pä\\\"ss\"}",
@@ -142,7 +144,8 @@ std::vector<Case> cases() {
     };
 }
 
-TEST_F(AgentOperations, SendTheRequestThatTheServiceExpects) {
+TEST_F(AgentOperations, SendTheRequestThatTheServiceExpects)
+{
     for (const Case& expected : cases()) {
         SCOPED_TRACE(expected.name);
         ScriptedService scripted;
@@ -165,7 +168,8 @@ TEST_F(AgentOperations, SendTheRequestThatTheServiceExpects) {
     }
 }
 
-TEST_F(AgentOperations, UnwrapTheMemberThatCarriesTheResult) {
+TEST_F(AgentOperations, UnwrapTheMemberThatCarriesTheResult)
+{
     service.answer("POST", "/v1/agent/login",
                    ScriptedAnswer::json(QByteArray("{\"token\":\"new\",\"agent\":") + agentJSON + '}'));
     const auto login = runTask(client().login(u"e"_s, u"p"_s));
@@ -185,14 +189,16 @@ TEST_F(AgentOperations, UnwrapTheMemberThatCarriesTheResult) {
     EXPECT_EQ(page.value->front().id, u"c1"_s);
 }
 
-TEST_F(AgentOperations, TeammatesFailAsAWholeOnOneMalformedAgent) {
+TEST_F(AgentOperations, TeammatesFailAsAWholeOnOneMalformedAgent)
+{
     service.answer(
         "GET", "/v1/agent/teammates",
         ScriptedAnswer::json(wrapped("teammates", QByteArray("[") + agentJSON + ",{\"_id\":\"a2\"}]")));
     EXPECT_EQ(runTask(client().teammates()).errorMessage(), u"Could not decode server response"_s);
 }
 
-TEST_F(AgentOperations, RunConcurrentlyAndEndInAnyOrder) {
+TEST_F(AgentOperations, RunConcurrentlyAndEndInAnyOrder)
+{
     const auto open = service.hold("GET", "/v1/agent/conversations");
     const auto closed = service.hold("GET", "/v1/agent/conversations");
     const auto first = startTask(client().conversations({}, ConversationStatus::open, {}, false));

@@ -16,7 +16,8 @@ class ClientFixture : public testing::Test {
 protected:
     APIClient client() { return APIClient(service.url(), u"t0k3n"_s, &session); }
 
-    ReceivedRequest onlyRequest() const {
+    ReceivedRequest onlyRequest() const
+    {
         EXPECT_EQ(service.requests().size(), 1U);
         return service.requests().empty() ? ReceivedRequest() : service.requests().front();
     }
@@ -33,7 +34,8 @@ inline constexpr const char* messageJSON =
     R"({"_id":"m1","conversationId":"c1","sender":"agent","body":"Hello"})";
 
 /// An object whose one member @p key has the value @p json.
-inline QByteArray wrapped(const char* key, const QByteArray& json) {
+inline QByteArray wrapped(const char* key, const QByteArray& json)
+{
     return QByteArray("{\"") + key + "\":" + json + '}';
 }
 

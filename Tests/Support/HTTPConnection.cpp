@@ -9,7 +9,8 @@ namespace orvia::test {
 namespace {
 
 /// Without the option, closing a socket whose input was read says goodbye in an orderly way.
-void abortWithReset(QTcpSocket& socket) {
+void abortWithReset(QTcpSocket& socket)
+{
     const linger none{.l_onoff = 1, .l_linger = 0};
     setsockopt(static_cast<int>(socket.socketDescriptor()), SOL_SOCKET, SO_LINGER, &none, sizeof none);
     socket.abort();
@@ -18,7 +19,10 @@ void abortWithReset(QTcpSocket& socket) {
 } // namespace
 
 HTTPConnection::HTTPConnection(QTcpSocket* socket, ScriptedService* service)
-    : QObject(service), m_service(service), m_socket(socket) {
+    : QObject(service)
+    , m_service(service)
+    , m_socket(socket)
+{
     m_socket->setParent(this);
     connect(m_socket, &QTcpSocket::readyRead, this, &HTTPConnection::receive);
     connect(m_socket, &QTcpSocket::disconnected, this, &QObject::deleteLater);
@@ -26,14 +30,16 @@ HTTPConnection::HTTPConnection(QTcpSocket* socket, ScriptedService* service)
     QMetaObject::invokeMethod(this, &HTTPConnection::receive, Qt::QueuedConnection);
 }
 
-QTcpSocket* HTTPConnection::releaseSocket() {
+QTcpSocket* HTTPConnection::releaseSocket()
+{
     QTcpSocket* socket = std::exchange(m_socket, nullptr);
     socket->disconnect(this);
     deleteLater();
     return socket;
 }
 
-void HTTPConnection::receive() {
+void HTTPConnection::receive()
+{
     if (!m_socket)
         return;
     m_input += m_socket->readAll();
@@ -59,7 +65,8 @@ void HTTPConnection::receive() {
         m_service->upgrade(*this, *request);
 }
 
-void HTTPConnection::send(const ScriptedAnswer& answer) {
+void HTTPConnection::send(const ScriptedAnswer& answer)
+{
     m_socket->write(answer.bytes());
     m_busy = answer.ending != ScriptedAnswer::Ending::keepOpen;
     switch (answer.ending) {

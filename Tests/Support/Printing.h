@@ -9,11 +9,13 @@
 /// namespace.
 QT_BEGIN_NAMESPACE
 
-inline void PrintTo(const QString& text, std::ostream* stream) {
+inline void PrintTo(const QString& text, std::ostream* stream)
+{
     *stream << '"' << text.toStdString() << '"';
 }
 
-inline void PrintTo(const QByteArray& bytes, std::ostream* stream) {
+inline void PrintTo(const QByteArray& bytes, std::ostream* stream)
+{
     *stream << '"' << bytes.toStdString() << '"';
 }
 

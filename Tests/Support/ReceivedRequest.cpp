@@ -4,16 +4,19 @@
 
 namespace orvia::test {
 
-QByteArray ReceivedRequest::path() const {
+QByteArray ReceivedRequest::path() const
+{
     return target.split('?').first();
 }
 
-QByteArray ReceivedRequest::query() const {
+QByteArray ReceivedRequest::query() const
+{
     const qsizetype mark = target.indexOf('?');
     return mark < 0 ? QByteArray() : target.mid(mark + 1);
 }
 
-std::optional<QByteArray> ReceivedRequest::header(QByteArrayView name) const {
+std::optional<QByteArray> ReceivedRequest::header(QByteArrayView name) const
+{
     for (const auto& [key, value] : headers) {
         if (key.compare(name, Qt::CaseInsensitive) == 0)
             return value;
@@ -21,11 +24,13 @@ std::optional<QByteArray> ReceivedRequest::header(QByteArrayView name) const {
     return std::nullopt;
 }
 
-bool ReceivedRequest::asksForWebSocket() const {
+bool ReceivedRequest::asksForWebSocket() const
+{
     return header("Upgrade").value_or(QByteArray()).toLower() == "websocket";
 }
 
-std::optional<ReceivedRequest> ReceivedRequest::fromHead(const QByteArray& head) {
+std::optional<ReceivedRequest> ReceivedRequest::fromHead(const QByteArray& head)
+{
     QByteArrayList lines = head.split('\n');
     const QByteArrayList start = lines.takeFirst().trimmed().split(' ');
     if (start.size() != 3 || start.at(2) != "HTTP/1.1")
@@ -42,7 +47,8 @@ std::optional<ReceivedRequest> ReceivedRequest::fromHead(const QByteArray& head)
     return request;
 }
 
-qsizetype ReceivedRequest::announcedLength() const {
+qsizetype ReceivedRequest::announcedLength() const
+{
     return header("Content-Length").value_or("0").toLongLong();
 }
 

@@ -11,33 +11,40 @@ namespace orvia::test {
 
 using namespace Qt::StringLiterals;
 
-ScriptedAnswer ScriptedAnswer::json(QByteArray body, int status) {
+ScriptedAnswer ScriptedAnswer::json(QByteArray body, int status)
+{
     return {.status = status, .headers = {{"Content-Type", "application/json"}}, .body = std::move(body)};
 }
 
-ScriptedAnswer ScriptedAnswer::redirect(QByteArray location, int status) {
+ScriptedAnswer ScriptedAnswer::redirect(QByteArray location, int status)
+{
     return {.status = status, .headers = {{"Location", std::move(location)}}};
 }
 
-ScriptedAnswer ScriptedAnswer::rawBytes(QByteArray bytes, Ending ending) {
+ScriptedAnswer ScriptedAnswer::rawBytes(QByteArray bytes, Ending ending)
+{
     return {.raw = std::move(bytes), .ending = ending};
 }
 
-ScriptedAnswer ScriptedAnswer::truncated(QByteArray body, qsizetype missing) {
+ScriptedAnswer ScriptedAnswer::truncated(QByteArray body, qsizetype missing)
+{
     const QByteArray length = QByteArray::number(body.size() + missing);
-    return rawBytes("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " + length +
-                    "\r\n\r\n" + body);
+    return rawBytes("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " + length
+                    + "\r\n\r\n" + body);
 }
 
-ScriptedAnswer ScriptedAnswer::stall() {
+ScriptedAnswer ScriptedAnswer::stall()
+{
     return rawBytes({}, Ending::stall);
 }
 
-ScriptedAnswer ScriptedAnswer::reset() {
+ScriptedAnswer ScriptedAnswer::reset()
+{
     return rawBytes({}, Ending::reset);
 }
 
-QByteArray ScriptedAnswer::bytes() const {
+QByteArray ScriptedAnswer::bytes() const
+{
     if (raw)
         return *raw;
     QByteArray bytes = "HTTP/1.1 " + QByteArray::number(status) + " Scripted\r\n";
@@ -48,13 +55,15 @@ QByteArray ScriptedAnswer::bytes() const {
     return bytes + "\r\n" + body;
 }
 
-void HeldAnswer::answer(ScriptedAnswer answer) {
+void HeldAnswer::answer(ScriptedAnswer answer)
+{
     m_answer = std::move(answer);
     if (m_arrived)
         arrived(m_connection);
 }
 
-void HeldAnswer::arrived(HTTPConnection* connection) {
+void HeldAnswer::arrived(HTTPConnection* connection)
+{
     m_arrived = true;
     m_connection = connection;
     if (!m_answer || m_answered)
@@ -64,7 +73,9 @@ void HeldAnswer::arrived(HTTPConnection* connection) {
         m_connection->send(*m_answer);
 }
 
-ScriptedService::ScriptedService(Transport transport) : m_transport(transport) {
+ScriptedService::ScriptedService(Transport transport)
+    : m_transport(transport)
+{
     if (transport == Transport::selfSignedTLS) {
         auto server = std::make_unique<QSslServer>();
         server->setSslConfiguration(selfSignedConfiguration());
@@ -76,7 +87,8 @@ ScriptedService::ScriptedService(Transport transport) : m_transport(transport) {
     listen(0);
 }
 
-ScriptedService::~ScriptedService() {
+ScriptedService::~ScriptedService()
+{
     for (const auto& [route, steps] : m_steps) {
         if (!steps.empty()) {
             ADD_FAILURE() << "nobody asked for " << route.first.constData() << ' ' << route.second.constData()
@@ -85,7 +97,8 @@ ScriptedService::~ScriptedService() {
     }
 }
 
-QUrl ScriptedService::url() const {
+QUrl ScriptedService::url() const
+{
     QUrl url;
     url.setScheme(m_transport == Transport::plain ? u"http"_s : u"https"_s);
     url.setHost(u"127.0.0.1"_s);
@@ -93,24 +106,28 @@ QUrl ScriptedService::url() const {
     return url;
 }
 
-void ScriptedService::answer(const QByteArray& method, const QByteArray& path, ScriptedAnswer answer) {
+void ScriptedService::answer(const QByteArray& method, const QByteArray& path, ScriptedAnswer answer)
+{
     hold(method, path)->answer(std::move(answer));
 }
 
-std::shared_ptr<HeldAnswer> ScriptedService::hold(const QByteArray& method, const QByteArray& path) {
+std::shared_ptr<HeldAnswer> ScriptedService::hold(const QByteArray& method, const QByteArray& path)
+{
     return m_steps[{method, path}].emplace_back(std::make_shared<HeldAnswer>());
 }
 
-void ScriptedService::always(const QByteArray& method, const QByteArray& path, Handler handler) {
+void ScriptedService::always(const QByteArray& method, const QByteArray& path, Handler handler)
+{
     m_handlers[{method, path}] = std::move(handler);
 }
 
-void ScriptedService::always(const QByteArray& method, const QByteArray& path, ScriptedAnswer answer) {
+void ScriptedService::always(const QByteArray& method, const QByteArray& path, ScriptedAnswer answer)
+{
     always(method, path, [answer = std::move(answer)](const ReceivedRequest&) { return answer; });
 }
 
-std::vector<ReceivedRequest> ScriptedService::requests(const QByteArray& method,
-                                                       const QByteArray& path) const {
+std::vector<ReceivedRequest> ScriptedService::requests(const QByteArray& method, const QByteArray& path) const
+{
     std::vector<ReceivedRequest> found;
     for (const ReceivedRequest& request : m_requests) {
         if (request.method == method && request.path() == path)
@@ -119,33 +136,39 @@ std::vector<ReceivedRequest> ScriptedService::requests(const QByteArray& method,
     return found;
 }
 
-std::shared_ptr<ServerChannel> ScriptedService::channel() const {
+std::shared_ptr<ServerChannel> ScriptedService::channel() const
+{
     return m_channels.empty() ? nullptr : m_channels.back();
 }
 
-void ScriptedService::pause() {
+void ScriptedService::pause()
+{
     m_server->close();
     qDeleteAll(findChildren<HTTPConnection*>(Qt::FindDirectChildrenOnly));
     for (const auto& channel : m_channels)
         channel->reset();
 }
 
-void ScriptedService::resume() {
+void ScriptedService::resume()
+{
     listen(m_port);
 }
 
-void ScriptedService::listen(quint16 port) {
+void ScriptedService::listen(quint16 port)
+{
     const bool listening = m_server->listen(QHostAddress::LocalHost, port);
     EXPECT_TRUE(listening) << m_server->errorString().toStdString();
     m_port = m_server->serverPort();
 }
 
-void ScriptedService::accept() {
+void ScriptedService::accept()
+{
     while (QTcpSocket* socket = m_server->nextPendingConnection())
         new HTTPConnection(socket, this);
 }
 
-ScriptedService::Step ScriptedService::stepFor(const ReceivedRequest& request) {
+ScriptedService::Step ScriptedService::stepFor(const ReceivedRequest& request)
+{
     const bool upgrade = request.asksForWebSocket();
     (upgrade ? m_upgradeRequests : m_requests).push_back(request);
 
@@ -168,7 +191,8 @@ ScriptedService::Step ScriptedService::stepFor(const ReceivedRequest& request) {
     return step;
 }
 
-void ScriptedService::upgrade(HTTPConnection& connection, const ReceivedRequest& request) {
+void ScriptedService::upgrade(HTTPConnection& connection, const ReceivedRequest& request)
+{
     m_channels.push_back(
         std::make_shared<ServerChannel>(connection.releaseSocket(), request, m_answersPings));
 }

@@ -12,7 +12,8 @@ namespace orvia::test {
 
 using namespace Qt::StringLiterals;
 
-QSslConfiguration selfSignedConfiguration() {
+QSslConfiguration selfSignedConfiguration()
+{
     static const QSslConfiguration made = [] {
         const QTemporaryDir directory;
         const QString keyFile = directory.filePath(u"key.pem"_s);

@@ -9,58 +9,70 @@ namespace orvia::test {
 
 namespace {
 
-QByteArray upgradeAnswer(const ReceivedRequest& request) {
+QByteArray upgradeAnswer(const ReceivedRequest& request)
+{
     const QByteArray key = request.header("Sec-WebSocket-Key").value_or(QByteArray());
     const QByteArray digest =
         QCryptographicHash::hash(key + "258EAFA5-E914-47DA-95CA-C5AB0DC85B11", QCryptographicHash::Sha1);
     return "HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
-           "Sec-WebSocket-Accept: " +
-           digest.toBase64() + "\r\n\r\n";
+           "Sec-WebSocket-Accept: "
+           + digest.toBase64() + "\r\n\r\n";
 }
 
 } // namespace
 
 ServerChannel::ServerChannel(QTcpSocket* socket, ReceivedRequest request, bool answersPings)
-    : m_socket(socket), m_request(std::move(request)), m_answersPings(answersPings) {
+    : m_socket(socket)
+    , m_request(std::move(request))
+    , m_answersPings(answersPings)
+{
     m_socket->setParent(this);
     connect(m_socket, &QTcpSocket::readyRead, this, &ServerChannel::receive);
     m_socket->write(upgradeAnswer(m_request));
 }
 
-bool ServerChannel::isOpen() const {
+bool ServerChannel::isOpen() const
+{
     return m_socket && m_socket->state() == QAbstractSocket::ConnectedState;
 }
 
-void ServerChannel::sendText(const QString& message) {
+void ServerChannel::sendText(const QString& message)
+{
     sendFrame(text, message.toUtf8());
 }
 
-void ServerChannel::sendBinary(const QByteArray& message) {
+void ServerChannel::sendBinary(const QByteArray& message)
+{
     sendFrame(binary, message);
 }
 
-void ServerChannel::sendFrame(Opcode opcode, const QByteArray& payload, bool final) {
+void ServerChannel::sendFrame(Opcode opcode, const QByteArray& payload, bool final)
+{
     sendRaw(frameHead(opcode, static_cast<quint64>(payload.size()), final) + payload);
 }
 
-void ServerChannel::sendRaw(const QByteArray& bytes) {
+void ServerChannel::sendRaw(const QByteArray& bytes)
+{
     if (isOpen())
         m_socket->write(bytes);
 }
 
-void ServerChannel::close(quint16 code) {
+void ServerChannel::close(quint16 code)
+{
     const quint16 bigEndian = qToBigEndian(code);
     sendFrame(closing, QByteArray(reinterpret_cast<const char*>(&bigEndian), sizeof bigEndian));
     if (m_socket)
         m_socket->disconnectFromHost();
 }
 
-void ServerChannel::reset() {
+void ServerChannel::reset()
+{
     if (m_socket)
         m_socket->abort();
 }
 
-QByteArray ServerChannel::frameHead(Opcode opcode, quint64 length, bool final) {
+QByteArray ServerChannel::frameHead(Opcode opcode, quint64 length, bool final)
+{
     QByteArray head(1, static_cast<char>((final ? 0x80 : 0x00) | opcode));
     if (length < 126) {
         head += static_cast<char>(length);
@@ -76,14 +88,16 @@ QByteArray ServerChannel::frameHead(Opcode opcode, quint64 length, bool final) {
     return head;
 }
 
-void ServerChannel::receive() {
+void ServerChannel::receive()
+{
     m_input += m_socket->readAll();
     while (takeFrame()) {
     }
 }
 
 /// Takes one whole frame from the input, if there is one.
-bool ServerChannel::takeFrame() {
+bool ServerChannel::takeFrame()
+{
     if (m_input.size() < 2)
         return false;
     const auto byte = [this](qsizetype index) { return static_cast<quint8>(m_input.at(index)); };
@@ -114,7 +128,8 @@ bool ServerChannel::takeFrame() {
     return true;
 }
 
-void ServerChannel::handle(quint8 opcode, const QByteArray& payload) {
+void ServerChannel::handle(quint8 opcode, const QByteArray& payload)
+{
     switch (opcode) {
     case text:
         m_texts.append(QString::fromUtf8(payload));
@@ -123,6 +138,8 @@ void ServerChannel::handle(quint8 opcode, const QByteArray& payload) {
         ++m_pingCount;
         if (m_answersPings)
             sendFrame(pong, payload);
+        break;
+    case pong:
         break;
     case closing:
         if (payload.size() >= 2) {

@@ -7,7 +7,8 @@
 
 namespace orvia::test {
 
-void pinEnvironment(const QTemporaryDir& home) {
+void pinEnvironment(const QTemporaryDir& home)
+{
     for (const char* proxy :
          {"http_proxy", "https_proxy", "all_proxy", "HTTP_PROXY", "HTTPS_PROXY", "ALL_PROXY"})
         qunsetenv(proxy);

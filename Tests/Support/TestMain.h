@@ -12,7 +12,8 @@ void pinEnvironment(const QTemporaryDir& home);
 
 /// The main function of a test program that needs an application object.
 template <class Application>
-int runTests(int argc, char** argv) {
+int runTests(int argc, char** argv)
+{
     const QTemporaryDir home;
     pinEnvironment(home);
     testing::InitGoogleMock(&argc, argv);

@@ -6,7 +6,8 @@
 
 namespace orvia::test {
 
-bool waitUntil(const std::function<bool()>& predicate, std::chrono::milliseconds bound) {
+bool waitUntil(const std::function<bool()>& predicate, std::chrono::milliseconds bound)
+{
     if (predicate())
         return true;
     const QDeadlineTimer deadline(bound);
@@ -23,7 +24,8 @@ bool waitUntil(const std::function<bool()>& predicate, std::chrono::milliseconds
     return held;
 }
 
-void spinFor(std::chrono::milliseconds duration) {
+void spinFor(std::chrono::milliseconds duration)
+{
     QEventLoop loop;
     QTimer::singleShot(duration, &loop, &QEventLoop::quit);
     loop.exec();

@@ -39,7 +39,8 @@ struct Outcome {
 };
 
 template <class T>
-QCoro::Task<void> recordOutcome(QCoro::Task<T> task, std::shared_ptr<Outcome<T>> outcome) {
+QCoro::Task<void> recordOutcome(QCoro::Task<T> task, std::shared_ptr<Outcome<T>> outcome)
+{
     try {
         if constexpr (std::is_void_v<T>) {
             co_await task;
@@ -54,7 +55,8 @@ QCoro::Task<void> recordOutcome(QCoro::Task<T> task, std::shared_ptr<Outcome<T>>
 
 /// Lets @p task run on and answers where its end will show.
 template <class T>
-std::shared_ptr<Outcome<T>> startTask(QCoro::Task<T> task) {
+std::shared_ptr<Outcome<T>> startTask(QCoro::Task<T> task)
+{
     auto outcome = std::make_shared<Outcome<T>>();
     recordOutcome(std::move(task), outcome);
     return outcome;
@@ -62,7 +64,8 @@ std::shared_ptr<Outcome<T>> startTask(QCoro::Task<T> task) {
 
 /// Runs the event loop until @p task ends; a task that does not end fails the test.
 template <class T>
-Outcome<T> runTask(QCoro::Task<T> task) {
+Outcome<T> runTask(QCoro::Task<T> task)
+{
     const auto outcome = startTask(std::move(task));
     EXPECT_TRUE(waitUntil([&] { return outcome->finished(); })) << "the task did not end";
     return *outcome;
