@@ -87,11 +87,10 @@ using Work = std::function<SecretReading(Operation&, ::SecretService*)>;
 SecretReading performed(Operation& operation, const Work& work) {
     const ObjectPointer<GDBusConnection> bus(
         g_bus_get_sync(G_BUS_TYPE_SESSION, operation.cancellable(), nullptr));
-    if (!bus)
+    if (!bus || g_dbus_connection_is_closed(bus.get()) != FALSE)
         return {SecretStatus::unavailable, {}};
     // By default GLib ends the process when the session bus goes away.
     g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
-    // The service's own connection is the shared one held here, so its end closes that as well.
     const ObjectPointer<::SecretService> service(secret_service_open_sync(
         SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, operation.cancellable(), nullptr));
     if (!service)

@@ -1,0 +1,134 @@
+#include "Platform/Notifications.h"
+
+#include "Platform/MessageBus.h"
+
+#include <QDBusServiceWatcher>
+
+namespace orvia {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto serviceName = "org.freedesktop.Notifications"_L1;
+constexpr auto objectPath = "/org/freedesktop/Notifications"_L1;
+constexpr auto defaultAction = "default"_L1;
+
+// What a server can show is far less; what is pushed could be anything.
+constexpr qsizetype longestTitle = 200;
+constexpr qsizetype longestBody = 2000;
+
+// A server forgets notifications too; these are only those whose end it has not told.
+constexpr qsizetype mostRemembered = 200;
+
+QDBusMessage callOf(const QString& method) {
+    return QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, method);
+}
+
+/// Servers hand texts to markup parsers, which refuse a whole text for one control character.
+QString shownText(const QString& text, qsizetype longest) {
+    QString shown;
+    for (const QChar character : text.left(longest + 1)) {
+        if (character.category() != QChar::Other_Control || character == u'\n' || character == u'\t')
+            shown.append(character);
+    }
+    if (text.size() <= longest)
+        return shown;
+    shown.truncate(longest - 1);
+    if (!shown.isEmpty() && shown.back().isHighSurrogate())
+        shown.chop(1);
+    return shown + u'\u2026';
+}
+
+} // namespace
+
+Notifications::Notifications(NotificationSender sender, const QString& busConnection, QObject* parent)
+    : QObject(parent), m_sender(std::move(sender)), m_busConnection(busConnection) {
+    QDBusConnection bus = busNamed(m_busConnection);
+    if (!bus.isConnected())
+        return;
+    bus.connect(serviceName, objectPath, serviceName, u"ActionInvoked"_s, this,
+                SLOT(onActionInvoked(uint, QString)));
+    bus.connect(serviceName, objectPath, serviceName, u"ActivationToken"_s, this,
+                SLOT(onActivationToken(uint, QString)));
+    bus.connect(serviceName, objectPath, serviceName, u"NotificationClosed"_s, this,
+                SLOT(onNotificationClosed(uint, uint)));
+    // A new server counts its notifications from the start again.
+    auto* watcher =
+        new QDBusServiceWatcher(serviceName, bus, QDBusServiceWatcher::WatchForUnregistration, this);
+    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] { m_presented.clear(); });
+}
+
+void Notifications::askWhetherAvailable(std::function<void(bool)> answer) {
+    sendCall(busNamed(m_busConnection), callOf(u"GetServerInformation"_s), this,
+             [answer = std::move(answer)](const QDBusMessage& reply) {
+                 answer(reply.type() == QDBusMessage::ReplyMessage);
+             });
+}
+
+void Notifications::present(const Notification& notification) {
+    sendCall(busNamed(m_busConnection), callOf(u"GetCapabilities"_s), this,
+             [this, notification](const QDBusMessage& reply) {
+                 if (reply.type() == QDBusMessage::ReplyMessage)
+                     send(notification, reply.arguments().value(0).toStringList());
+             });
+}
+
+void Notifications::send(const Notification& notification, const QStringList& capabilities) {
+    QString title = shownText(notification.title, longestTitle);
+    QString body = shownText(notification.body, longestBody);
+    if (!capabilities.contains("body"_L1) && !body.isEmpty())
+        title = title.isEmpty() ? body : title + ": "_L1 + body;
+    if (capabilities.contains("body-markup"_L1))
+        body = body.toHtmlEscaped();
+
+    QStringList actions;
+    if (capabilities.contains("actions"_L1))
+        actions << defaultAction << tr("Open");
+
+    QVariantMap hints{
+        {u"desktop-entry"_s, m_sender.desktopEntry},
+        {u"category"_s, u"im.received"_s},
+    };
+    if (notification.isTransient)
+        hints.insert(u"transient"_s, true);
+    if (notification.hasSound)
+        hints.insert(u"sound-name"_s, u"message-new-instant"_s);
+
+    constexpr int serversOwnTimeout = -1;
+    constexpr uint replacesNone = 0;
+    QDBusMessage call = callOf(u"Notify"_s);
+    call << m_sender.name << replacesNone << m_sender.desktopEntry << title << body << actions << hints
+         << serversOwnTimeout;
+    sendCall(busNamed(m_busConnection), call, this,
+             [this, userInfo = notification.userInfo](const QDBusMessage& reply) {
+                 if (reply.type() == QDBusMessage::ReplyMessage)
+                     remember(reply.arguments().value(0).toUInt(), userInfo);
+             });
+}
+
+void Notifications::remember(uint id, const QVariantMap& userInfo) {
+    m_presented.insert(id, {userInfo, {}});
+    // Servers count upwards, so the smallest number is the oldest notification.
+    while (m_presented.size() > mostRemembered)
+        m_presented.erase(m_presented.begin());
+}
+
+void Notifications::onActionInvoked(uint id, const QString& action) {
+    const auto presented = m_presented.constFind(id);
+    if (presented == m_presented.cend() || action != defaultAction)
+        return;
+    const Presented copy = *presented;
+    Q_EMIT clicked(copy.userInfo, copy.activationToken);
+}
+
+void Notifications::onActivationToken(uint id, const QString& token) {
+    if (const auto presented = m_presented.find(id); presented != m_presented.end())
+        presented->activationToken = token;
+}
+
+void Notifications::onNotificationClosed(uint id, uint) {
+    m_presented.remove(id);
+}
+
+} // namespace orvia

@@ -1,0 +1,263 @@
+#include "PushManager.h"
+
+#include "Platform/PrivateFile.h"
+#include "Support/BusPeers.h"
+#include "Support/WaitUntil.h"
+
+#include <gmock/gmock.h>
+
+#include <QCoreApplication>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QUuid>
+
+namespace orvia {
+
+using namespace Qt::StringLiterals;
+using test::Distributor;
+using test::NotificationServer;
+using test::PrivateBus;
+using test::waitUntil;
+
+namespace {
+
+const QString ownService = u"io.tessaly.Orvia"_s;
+const QStringList everything{u"actions"_s, u"body"_s, u"body-markup"_s};
+
+TEST(PushManagerTokens, AreTwoLowerCaseHexadecimalDigitsPerByte) {
+    const std::pair<QByteArray, QString> cases[] = {
+        {QByteArray("\x00\x0a\xff", 3), u"000aff"_s},
+        {{}, u""_s},
+        {QByteArray(32, '\xa5'), u"a5"_s.repeated(32)},
+    };
+    for (const auto& [bytes, text] : cases) {
+        PushManager manager;
+        EXPECT_EQ(manager.deviceToken, std::nullopt);
+        manager.received(bytes); // With no callback set, the token is kept for later.
+        EXPECT_EQ(manager.deviceToken, text);
+        QStringList reported;
+        manager.onDeviceToken = [&](const QString& token) { reported.append(token); };
+        manager.received(bytes);
+        EXPECT_EQ(reported, QStringList{text});
+    }
+}
+
+TEST(PushManagerTaps, OpenTheConversationThatIsNamedByAString) {
+    PushManager manager;
+    manager.handleTap({{u"conversationId"_s, u"lost"_s}});
+    QStringList opened;
+    manager.onOpenConversation = [&](const QString& id) { opened.append(id); };
+    manager.handleTap({{u"conversationId"_s, u"c42"_s}, {u"title"_s, u"x"_s}});
+    manager.handleTap({{u"conversationId"_s, 42}});
+    manager.handleTap({{u"conversationId"_s, QVariant()}});
+    manager.handleTap({{u"conversationId"_s, QVariantMap()}});
+    manager.handleTap({{u"conversationid"_s, u"c43"_s}});
+    manager.handleTap({});
+    EXPECT_EQ(opened, QStringList{u"c42"_s});
+}
+
+TEST(PushManagerShared, IsOneObjectAndHarmlessWithoutADesktop) {
+    EXPECT_EQ(&PushManager::shared(), &PushManager::shared());
+    PushManager::shared().start();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(PushManager::shared().deviceToken, std::nullopt);
+}
+
+class PushManagerOnDesktop : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(bus.isRunning()); }
+
+    std::unique_ptr<PushManager> connected() {
+        auto manager = std::make_unique<PushManager>();
+        manager->connectToDesktop({
+            .isFrontmost = [this] { return isFrontmost; },
+            .bringToFront = [this](const QString& token) { raised.append(token); },
+            .registrationFile = {},
+            .busConnection = own.name(),
+        });
+        manager->onDeviceToken = [this](const QString& token) { tokens.append(token); };
+        manager->onOpenConversation = [this](const QString& id) { opened.append(id); };
+        own.connection().registerService(ownService);
+        return manager;
+    }
+
+    /// The distributor's call has been answered, so whatever it causes at once has been caused.
+    static void deliver(Distributor& distributor, const QString& method, const QVariantList& arguments) {
+        distributor.callConnector(ownService, method, arguments);
+        ASSERT_TRUE(waitUntil([&] { return distributor.lastCall.isFinished(); }));
+        ASSERT_FALSE(distributor.lastCall.isError());
+    }
+
+    /// Registers and returns the token that the distributor got.
+    static QString registeredToken(PushManager& manager, Distributor& distributor) {
+        const qsizetype before = distributor.registrations.size();
+        manager.start();
+        EXPECT_TRUE(waitUntil([&] { return distributor.registrations.size() > before; }));
+        return distributor.registrations.constLast().token;
+    }
+
+    PrivateBus bus;
+    test::BusConnection own{bus};
+    bool isFrontmost = false;
+    QStringList raised;
+    QStringList tokens;
+    QStringList opened;
+};
+
+TEST_F(PushManagerOnDesktop, RegistersOnEveryStartAndReportsEveryEndpoint) {
+    NotificationServer server(bus, everything);
+    Distributor distributor(bus, u"test"_s);
+    const auto manager = connected();
+    const QString token = registeredToken(*manager, distributor);
+    EXPECT_FALSE(QUuid::fromString(token).isNull());
+    EXPECT_EQ(distributor.registrations.constLast().service, ownService);
+    EXPECT_FALSE(distributor.registrations.constLast().description.isEmpty());
+
+    deliver(distributor, u"NewEndpoint"_s, {token, u"https://push.example/\u00e9"_s});
+    EXPECT_EQ(tokens, QStringList{QString::fromLatin1(u"https://push.example/\u00e9"_s.toUtf8().toHex())});
+    EXPECT_EQ(manager->deviceToken, tokens.constLast());
+
+    EXPECT_EQ(registeredToken(*manager, distributor), token);
+    EXPECT_EQ(server.permissionRequests, 2);
+    deliver(distributor, u"NewEndpoint"_s, {token, u"https://push.example/2"_s});
+    EXPECT_EQ(tokens.size(), 2);
+    EXPECT_EQ(manager->deviceToken, QString::fromLatin1(QByteArray("https://push.example/2").toHex()));
+
+    deliver(distributor, u"NewEndpoint"_s, {u"a stranger's token"_s, u"https://elsewhere.example"_s});
+    deliver(distributor, u"NewEndpoint"_s, {u""_s, u"https://elsewhere.example"_s});
+    EXPECT_EQ(tokens.size(), 2);
+}
+
+TEST_F(PushManagerOnDesktop, KeepsItsTokenAndDistributorAcrossRuns) {
+    NotificationServer server(bus, everything);
+    Distributor second(bus, u"b"_s);
+    QString token;
+    {
+        const auto manager = connected();
+        token = registeredToken(*manager, second);
+    }
+    Distributor first(bus, u"a"_s);
+    const auto manager = connected();
+    EXPECT_EQ(registeredToken(*manager, second), token);
+    EXPECT_TRUE(first.registrations.isEmpty());
+
+    // Once that distributor gave the registration up, the choice is open again.
+    deliver(second, u"Unregistered"_s, {token});
+    EXPECT_EQ(registeredToken(*manager, first), token);
+}
+
+TEST_F(PushManagerOnDesktop, ADamagedRegistrationIsReplaced) {
+    NotificationServer server(bus, everything);
+    Distributor distributor(bus, u"test"_s);
+    for (const QByteArray& damage : {QByteArray("guessable\n"), QByteArray("\n\n"), QByteArray("\xff\xfe")}) {
+        ASSERT_TRUE(PrivateFile(bus.dataHome() + u"/orvia/push-registration"_s).write(damage));
+        const auto manager = connected();
+        EXPECT_FALSE(QUuid::fromString(registeredToken(*manager, distributor)).isNull());
+    }
+}
+
+TEST_F(PushManagerOnDesktop, TriesTheNextDistributorWhenOneRefuses) {
+    NotificationServer server(bus, everything);
+    Distributor refusing(bus, u"a"_s, u"REGISTRATION_FAILED"_s);
+    Distributor unknown(bus, u"b"_s, u"SOMETHING_ELSE"_s);
+    Distributor willing(bus, u"c"_s);
+    const auto manager = connected();
+    const QString token = registeredToken(*manager, willing);
+    EXPECT_EQ(refusing.registrations.size(), 1);
+    EXPECT_EQ(unknown.registrations.size(), 1);
+    EXPECT_EQ(refusing.registrations.constLast().token, token);
+}
+
+TEST_F(PushManagerOnDesktop, ReportsNothingWhenNobodyRegistersIt) {
+    NotificationServer server(bus, everything);
+    const auto manager = connected();
+    manager->start();
+    ASSERT_TRUE(waitUntil([&] { return server.permissionRequests == 1; }));
+    {
+        Distributor refusing(bus, u"a"_s, u"REGISTRATION_FAILED"_s);
+        ASSERT_TRUE(waitUntil([&] { return !refusing.registrations.isEmpty(); }))
+            << "it came after the start";
+    }
+    // A distributor that went away again leaves nothing behind.
+    manager->start();
+    ASSERT_TRUE(waitUntil([&] { return server.permissionRequests >= 3; }));
+    Distributor willing(bus, u"b"_s);
+    ASSERT_TRUE(waitUntil([&] { return !willing.registrations.isEmpty(); }));
+    EXPECT_EQ(manager->deviceToken, std::nullopt);
+    EXPECT_TRUE(tokens.isEmpty());
+}
+
+TEST_F(PushManagerOnDesktop, DoesNotRegisterWithoutPermission) {
+    Distributor distributor(bus, u"test"_s);
+    const auto manager = connected();
+    manager->start();
+    // The refusal has arrived once a later question over the same connection has been answered.
+    const QDBusPendingCall later = own.connection().asyncCall(QDBusMessage::createMethodCall(
+        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, u"ListNames"_s));
+    ASSERT_TRUE(waitUntil([&] { return later.isFinished(); }));
+    NotificationServer server(bus, everything);
+    EXPECT_FALSE(registeredToken(*manager, distributor).isEmpty());
+    EXPECT_EQ(distributor.registrations.size(), 1) << "only the start with a server registers";
+}
+
+TEST_F(PushManagerOnDesktop, WithoutABusNothingHappens) {
+    PushManager manager;
+    manager.connectToDesktop({.busConnection = u"no such connection"_s});
+    manager.start();
+    for (int turn = 0; turn < 20; ++turn)
+        QCoreApplication::processEvents();
+    EXPECT_EQ(manager.deviceToken, std::nullopt);
+}
+
+TEST_F(PushManagerOnDesktop, ShowsMessagesAndRoutesTheirClicks) {
+    NotificationServer server(bus, everything);
+    Distributor distributor(bus, u"test"_s);
+    const auto manager = connected();
+    const QString token = registeredToken(*manager, distributor);
+
+    deliver(
+        distributor, u"Message"_s,
+        {token, QByteArray(R"({"title":"Ann <b>","body":"a & <i>b</i>","conversationId":"c42"})"), u"1"_s});
+    ASSERT_TRUE(waitUntil([&] { return server.shown.size() == 1; }));
+    const NotificationServer::Shown background = server.shown.constLast();
+    EXPECT_EQ(background.title, u"Ann <b>"_s);
+    EXPECT_EQ(background.body, u"a &amp; &lt;i&gt;b&lt;/i&gt;"_s);
+    EXPECT_FALSE(background.hints.contains(u"transient"_s));
+
+    isFrontmost = true;
+    deliver(distributor, u"Message"_s,
+            {token, QByteArray(R"({"body":"only a body","conversationId":42})"), u"2"_s});
+    ASSERT_TRUE(waitUntil([&] { return server.shown.size() == 2; }));
+    EXPECT_EQ(server.shown.constLast().title, u"Orvia"_s);
+    EXPECT_EQ(server.shown.constLast().hints.value(u"transient"_s), true);
+    EXPECT_TRUE(server.shown.constLast().hints.contains(u"sound-name"_s));
+
+    Q_EMIT server.ActivationToken(1, u"token-1"_s);
+    Q_EMIT server.ActionInvoked(2, u"default"_s);
+    Q_EMIT server.ActionInvoked(1, u"default"_s);
+    ASSERT_TRUE(waitUntil([&] { return raised.size() == 2; }));
+    EXPECT_EQ(raised, QStringList({u""_s, u"token-1"_s}));
+    EXPECT_EQ(opened, QStringList{u"c42"_s});
+}
+
+TEST_F(PushManagerOnDesktop, ShowsNothingForAMessageThatSaysNothing) {
+    NotificationServer server(bus, everything);
+    Distributor distributor(bus, u"test"_s);
+    const auto manager = connected();
+    const QString token = registeredToken(*manager, distributor);
+    const QByteArray large = R"({"title":")" + QByteArray(70000, 'x') + R"("})";
+    for (const QByteArray& message :
+         {QByteArray(), QByteArray("{"), QByteArray("[1]"), QByteArray("\"title\""),
+          QByteArray(R"({"conversationId":"c1"})"), QByteArray(R"({"title":5,"body":null})"),
+          QByteArray("\xff\xff"), large})
+        deliver(distributor, u"Message"_s, {token, message, u"1"_s});
+    deliver(distributor, u"Message"_s, {u"other"_s, QByteArray(R"({"title":"stranger"})"), u"1"_s});
+    deliver(distributor, u"Message"_s, {token, QByteArray(R"({"title":"last"})"), u"1"_s});
+    ASSERT_TRUE(waitUntil([&] { return !server.shown.isEmpty(); }));
+    EXPECT_EQ(server.shown.size(), 1);
+    EXPECT_EQ(server.shown.constFirst().title, u"last"_s);
+}
+
+} // namespace
+
+} // namespace orvia
