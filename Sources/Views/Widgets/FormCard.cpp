@@ -28,43 +28,53 @@ constexpr int chevronSize = 14;
 
 } // namespace
 
-FormCard::FormCard(QWidget* parent) : QWidget(parent), m_rows(new QVBoxLayout(this)) {
+FormCard::FormCard(QWidget* parent)
+    : QWidget(parent)
+    , m_rows(new QVBoxLayout(this))
+{
     // The first and last pixel are the card's outline, the pixel between two rows is their hairline.
     m_rows->setContentsMargins(1, 1, 1, 1);
     m_rows->setSpacing(1);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
-void FormCard::addRow(QWidget* row) {
+void FormCard::addRow(QWidget* row)
+{
     insertRow(rowCount(), row);
 }
 
-void FormCard::insertRow(int index, QWidget* row) {
+void FormCard::insertRow(int index, QWidget* row)
+{
     m_rows->insertWidget(index, row);
     update();
 }
 
-void FormCard::removeRow(QWidget* row) {
+void FormCard::removeRow(QWidget* row)
+{
     m_rows->removeWidget(row);
     row->hide();
     row->deleteLater();
     update();
 }
 
-void FormCard::clear() {
+void FormCard::clear()
+{
     while (rowCount() > 0)
         removeRow(row(rowCount() - 1));
 }
 
-int FormCard::rowCount() const {
+int FormCard::rowCount() const
+{
     return m_rows->count();
 }
 
-QWidget* FormCard::row(int index) const {
+QWidget* FormCard::row(int index) const
+{
     return m_rows->itemAt(index)->widget();
 }
 
-void FormCard::paintEvent(QPaintEvent*) {
+void FormCard::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     PaintShapes::outlined(painter, rect(), Radius::card, Theme::color(ColorRole::card),
                           Theme::color(ColorRole::hairline));
@@ -75,7 +85,10 @@ void FormCard::paintEvent(QPaintEvent*) {
     }
 }
 
-FormSection::FormSection(const QString& heading, QWidget* parent) : QWidget(parent), m_card(new FormCard) {
+FormSection::FormSection(const QString& heading, QWidget* parent)
+    : QWidget(parent)
+    , m_card(new FormCard)
+{
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins({});
@@ -90,7 +103,8 @@ FormSection::FormSection(const QString& heading, QWidget* parent) : QWidget(pare
     column->addWidget(m_card);
 }
 
-void FormSection::setFooter(const QString& text) {
+void FormSection::setFooter(const QString& text)
+{
     if (!m_footer) {
         m_footer = new Label({}, TextRole::caption, ColorRole::textSecondary);
         m_footer->setContentsMargins(headingInset, 0, headingInset, 0);
@@ -101,23 +115,29 @@ void FormSection::setFooter(const QString& text) {
     m_footer->setVisible(!text.isEmpty());
 }
 
-FormRow::FormRow(const QString& label, QWidget* control, QWidget* parent) : QWidget(parent) {
+FormRow::FormRow(const QString& label, QWidget* control, QWidget* parent)
+    : QWidget(parent)
+{
     build(label, control);
 }
 
 FormRow::FormRow(const QString& label, const QString& value, QWidget* parent)
-    : QWidget(parent), m_value(new ElidedLabel(value, TextRole::body, ColorRole::textSecondary)) {
+    : QWidget(parent)
+    , m_value(new ElidedLabel(value, TextRole::body, ColorRole::textSecondary))
+{
     m_value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_value->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     m_value->setAccessibleDescription(label);
     build(label, m_value);
 }
 
-void FormRow::setValue(const QString& value) {
+void FormRow::setValue(const QString& value)
+{
     m_value->setText(value);
 }
 
-void FormRow::build(const QString& label, QWidget* control) {
+void FormRow::build(const QString& label, QWidget* control)
+{
     auto* line = new QHBoxLayout(this);
     line->setContentsMargins(rowPadding, Spacing::xSmall, rowPadding, Spacing::xSmall);
     line->setSpacing(Spacing::medium);
@@ -140,29 +160,38 @@ void FormRow::build(const QString& label, QWidget* control) {
 }
 
 FormActionRow::FormActionRow(const QString& iconName, const QString& text, QWidget* parent)
-    : BusyButton(parent), m_iconName(iconName), m_text(text) {
+    : BusyButton(parent)
+    , m_iconName(iconName)
+    , m_text(text)
+{
     prepare();
 }
 
 FormActionRow::FormActionRow(const QString& text, ColorRole color, QWidget* parent)
-    : BusyButton(parent), m_text(text), m_color(color) {
+    : BusyButton(parent)
+    , m_text(text)
+    , m_color(color)
+{
     prepare();
 }
 
-void FormActionRow::prepare() {
+void FormActionRow::prepare()
+{
     setAccessibleName(m_text);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     FocusRing::attach(this, Radius::highlight, FocusRing::Policy::keyboard, -3);
     connect(&Theme::shared(), &Theme::changed, this, &QWidget::updateGeometry);
 }
 
-QSize FormActionRow::sizeHint() const {
+QSize FormActionRow::sizeHint() const
+{
     const QFontMetrics metrics(Theme::font(TextRole::body));
     return {metrics.horizontalAdvance(m_text) + 2 * (rowPadding + linkIconSize + linkIconGap),
             std::max(rowHeight - 1, metrics.height() + 2 * Spacing::small)};
 }
 
-void FormActionRow::paintEvent(QPaintEvent*) {
+void FormActionRow::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     const bool live = isEnabled() && !isBusy();
     if (live && (isDown() || underMouse()))

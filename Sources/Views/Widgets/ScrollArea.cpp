@@ -21,11 +21,15 @@ constexpr int litMilliseconds = 900;
 
 } // namespace
 
-OverlayScrollBar* OverlayScrollBar::install(QAbstractScrollArea* area) {
+OverlayScrollBar* OverlayScrollBar::install(QAbstractScrollArea* area)
+{
     return new OverlayScrollBar(area);
 }
 
-OverlayScrollBar::OverlayScrollBar(QAbstractScrollArea* area) : QScrollBar(Qt::Vertical, area), m_area(area) {
+OverlayScrollBar::OverlayScrollBar(QAbstractScrollArea* area)
+    : QScrollBar(Qt::Vertical, area)
+    , m_area(area)
+{
     area->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::NoFocus);
@@ -40,7 +44,8 @@ OverlayScrollBar::OverlayScrollBar(QAbstractScrollArea* area) : QScrollBar(Qt::V
     follow();
 }
 
-void OverlayScrollBar::follow() {
+void OverlayScrollBar::follow()
+{
     const QScrollBar* source = m_area->verticalScrollBar();
     const QSignalBlocker silent(this);
     setRange(source->minimum(), source->maximum());
@@ -55,25 +60,29 @@ void OverlayScrollBar::follow() {
     update();
 }
 
-void OverlayScrollBar::flash() {
+void OverlayScrollBar::flash()
+{
     m_lit = true;
     m_fade.start(litMilliseconds, this);
     update();
 }
 
-bool OverlayScrollBar::eventFilter(QObject* watched, QEvent* event) {
+bool OverlayScrollBar::eventFilter(QObject* watched, QEvent* event)
+{
     if (watched == m_area && (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest))
         follow();
     return QScrollBar::eventFilter(watched, event);
 }
 
-bool OverlayScrollBar::event(QEvent* event) {
+bool OverlayScrollBar::event(QEvent* event)
+{
     if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverLeave)
         update();
     return QScrollBar::event(event);
 }
 
-void OverlayScrollBar::timerEvent(QTimerEvent* event) {
+void OverlayScrollBar::timerEvent(QTimerEvent* event)
+{
     if (event->timerId() != m_fade.timerId()) {
         QScrollBar::timerEvent(event);
         return;
@@ -83,7 +92,8 @@ void OverlayScrollBar::timerEvent(QTimerEvent* event) {
     update();
 }
 
-void OverlayScrollBar::paintEvent(QPaintEvent*) {
+void OverlayScrollBar::paintEvent(QPaintEvent*)
+{
     if (!m_lit && !underMouse() && !isSliderDown())
         return;
     QStyleOptionSlider option;
@@ -96,7 +106,9 @@ void OverlayScrollBar::paintEvent(QPaintEvent*) {
     PaintShapes::fillRounded(painter, handle, handleWidth / 2.0, Theme::color(ColorRole::scrollHandle));
 }
 
-ScrollArea::ScrollArea(QWidget* parent) : QScrollArea(parent) {
+ScrollArea::ScrollArea(QWidget* parent)
+    : QScrollArea(parent)
+{
     setFrameShape(QFrame::NoFrame);
     setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -109,11 +121,13 @@ ScrollArea::ScrollArea(QWidget* parent) : QScrollArea(parent) {
     OverlayScrollBar::install(this);
 }
 
-QSize ScrollArea::sizeHint() const {
+QSize ScrollArea::sizeHint() const
+{
     return widget() ? widget()->sizeHint() : QScrollArea::sizeHint();
 }
 
-bool ScrollArea::focusNextPrevChild(bool next) {
+bool ScrollArea::focusNextPrevChild(bool next)
+{
     // QScrollArea would stop the search at its own edge; whoever is around decides where the focus goes.
     const bool moved = QWidget::focusNextPrevChild(next);
     if (QWidget* focused = QApplication::focusWidget(); moved && focused && isAncestorOf(focused))

@@ -36,7 +36,8 @@ public:
     using QWidget::QWidget;
 
 protected:
-    void paintEvent(QPaintEvent*) override {
+    void paintEvent(QPaintEvent*) override
+    {
         QPainter painter(this);
         const QColor line =
             Theme::shared().isDark() ? Theme::color(ColorRole::hairlineStrong) : QColor(0, 0, 0, 38);
@@ -48,28 +49,35 @@ protected:
 /// A modal dialogue to assistive tools.
 class SheetAccessible : public QAccessibleWidget {
 public:
-    explicit SheetAccessible(Sheet* sheet) : QAccessibleWidget(sheet, QAccessible::Dialog) {}
+    explicit SheetAccessible(Sheet* sheet)
+        : QAccessibleWidget(sheet, QAccessible::Dialog)
+    {
+    }
 
-    QString text(QAccessible::Text kind) const override {
+    QString text(QAccessible::Text kind) const override
+    {
         return kind == QAccessible::Name ? static_cast<Sheet*>(widget())->title()
                                          : QAccessibleWidget::text(kind);
     }
 
-    QAccessible::State state() const override {
+    QAccessible::State state() const override
+    {
         QAccessible::State state = QAccessibleWidget::state();
         state.modal = true;
         return state;
     }
 };
 
-QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
+QAccessibleInterface* makeAccessible(const QString&, QObject* object)
+{
     auto* sheet = qobject_cast<Sheet*>(object);
     return sheet ? new SheetAccessible(sheet) : nullptr;
 }
 
-bool takesFocus(const QWidget* widget) {
-    return (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->isVisible() && widget->isEnabled() &&
-           !widget->focusProxy();
+bool takesFocus(const QWidget* widget)
+{
+    return (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->isVisible() && widget->isEnabled()
+           && !widget->focusProxy();
 }
 
 } // namespace
@@ -81,7 +89,8 @@ Sheet::Sheet(const QString& title, QWidget* host, Kind kind)
     , m_header(new QWidget(m_panel))
     , m_title(new Label(title, TextRole::sheetTitle, ColorRole::textPrimary, m_header))
     , m_back(new IconButton(u"chevron-left"_s, tr("Back"), m_header, 18))
-    , m_pages(new SheetPages(title, m_panel)) {
+    , m_pages(new SheetPages(title, m_panel))
+{
     static const bool installed = (QAccessible::installFactory(makeAccessible), true);
     Q_UNUSED(installed)
     hide();
@@ -95,18 +104,21 @@ Sheet::Sheet(const QString& title, QWidget* host, Kind kind)
 
 Sheet::~Sheet() = default;
 
-QString Sheet::title() const {
+QString Sheet::title() const
+{
     return m_title->text();
 }
 
-void Sheet::setBody(QWidget* body) {
+void Sheet::setBody(QWidget* body)
+{
     m_pages->setBody(body);
     // Contents that grow or shrink while the sheet is open take the panel along.
     body->installEventFilter(this);
     layoutPanel();
 }
 
-Button* Sheet::setDismissButton(const QString& label) {
+Button* Sheet::setDismissButton(const QString& label)
+{
     if (!m_dismiss) {
         m_dismiss = new Button(label, Button::Kind::secondary, m_header);
         connect(m_dismiss, &QAbstractButton::clicked, this, &Sheet::dismiss);
@@ -116,7 +128,8 @@ Button* Sheet::setDismissButton(const QString& label) {
     return m_dismiss;
 }
 
-Button* Sheet::setConfirmButton(const QString& label) {
+Button* Sheet::setConfirmButton(const QString& label)
+{
     if (!m_confirm)
         m_confirm = new Button(label, Button::Kind::primary, m_header);
     m_confirm->setLabel(label);
@@ -124,7 +137,8 @@ Button* Sheet::setConfirmButton(const QString& label) {
     return m_confirm;
 }
 
-void Sheet::pushPage(const QString& title, QWidget* page, QWidget* trailing) {
+void Sheet::pushPage(const QString& title, QWidget* page, QWidget* trailing)
+{
     QWidget* focused = QApplication::focusWidget();
     m_pages->current().focus = focused && isAncestorOf(focused) ? focused : nullptr;
     if (m_pages->current().trailing)
@@ -136,7 +150,8 @@ void Sheet::pushPage(const QString& title, QWidget* page, QWidget* trailing) {
     focusFirst();
 }
 
-void Sheet::popPage() {
+void Sheet::popPage()
+{
     if (m_pages->pageCount() < 2)
         return;
     const bool ring = FocusRing::isShown(QApplication::focusWidget());
@@ -148,11 +163,13 @@ void Sheet::popPage() {
         focusFirst();
 }
 
-int Sheet::pageCount() const {
+int Sheet::pageCount() const
+{
     return m_pages->pageCount();
 }
 
-void Sheet::showHeaderOfPage() {
+void Sheet::showHeaderOfPage()
+{
     const SheetPages::Page& page = m_pages->current();
     m_title->setText(page.title);
     m_back->setVisible(m_pages->pageCount() > 1);
@@ -165,7 +182,8 @@ void Sheet::showHeaderOfPage() {
     QAccessible::updateAccessibility(&named);
 }
 
-Sheet* Sheet::topmost(const QWidget* widget) {
+Sheet* Sheet::topmost(const QWidget* widget)
+{
     const QObjectList& children = widget->window()->children();
     for (auto child = children.crbegin(); child != children.crend(); ++child) {
         auto* sheet = qobject_cast<Sheet*>(*child);
@@ -175,7 +193,8 @@ Sheet* Sheet::topmost(const QWidget* widget) {
     return nullptr;
 }
 
-void Sheet::open() {
+void Sheet::open()
+{
     if (m_state != State::prepared)
         return;
     m_below = topmost(this);
@@ -194,7 +213,8 @@ void Sheet::open() {
     QAccessible::updateAccessibility(&shown);
 }
 
-void Sheet::dismiss() {
+void Sheet::dismiss()
+{
     if (m_state != State::open)
         return;
     m_state = State::closing;
@@ -210,12 +230,14 @@ void Sheet::dismiss() {
     animatePanel(false);
 }
 
-void Sheet::finishClosing() {
+void Sheet::finishClosing()
+{
     hide();
     deleteLater();
 }
 
-void Sheet::animatePanel(bool in) {
+void Sheet::animatePanel(bool in)
+{
     const int duration = Theme::duration(in ? Motion::sheetIn : Motion::sheetOut);
     if (duration == 0) {
         m_scrim = in ? 1 : 0;
@@ -249,7 +271,8 @@ void Sheet::animatePanel(bool in) {
     movement->start(QAbstractAnimation::DeleteWhenStopped);
 }
 
-bool Sheet::eventFilter(QObject* watched, QEvent* event) {
+bool Sheet::eventFilter(QObject* watched, QEvent* event)
+{
     if (watched == window() && event->type() == QEvent::Resize && m_state != State::prepared)
         setGeometry(window()->rect());
     else if (watched != window() && event->type() == QEvent::LayoutRequest)
@@ -257,7 +280,8 @@ bool Sheet::eventFilter(QObject* watched, QEvent* event) {
     return QWidget::eventFilter(watched, event);
 }
 
-bool Sheet::event(QEvent* event) {
+bool Sheet::event(QEvent* event)
+{
     if (event->type() == QEvent::LayoutRequest)
         layoutPanel();
     // A shortcut of the screen below must not act on what the scrim covers.
@@ -266,7 +290,8 @@ bool Sheet::event(QEvent* event) {
     return QWidget::event(event);
 }
 
-void Sheet::keyPressEvent(QKeyEvent* event) {
+void Sheet::keyPressEvent(QKeyEvent* event)
+{
     const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
     if (event->key() == Qt::Key_Escape && plain) {
         dismiss();
@@ -278,20 +303,24 @@ void Sheet::keyPressEvent(QKeyEvent* event) {
     event->accept();
 }
 
-void Sheet::mousePressEvent(QMouseEvent* event) {
+void Sheet::mousePressEvent(QMouseEvent* event)
+{
     event->accept();
 }
 
-void Sheet::wheelEvent(QWheelEvent* event) {
+void Sheet::wheelEvent(QWheelEvent* event)
+{
     event->accept();
 }
 
-void Sheet::resizeEvent(QResizeEvent* event) {
+void Sheet::resizeEvent(QResizeEvent* event)
+{
     QWidget::resizeEvent(event);
     layoutPanel();
 }
 
-void Sheet::layoutPanel() {
+void Sheet::layoutPanel()
+{
     const QSize room(width() - 2 * windowMargin, height() - 2 * windowMargin);
     const int wantedWidth = m_kind == Kind::form ? formWidth : settingsSize.width();
     QSize size(std::min(wantedWidth, room.width()), settingsSize.height());
@@ -308,7 +337,8 @@ void Sheet::layoutPanel() {
     layoutHeader();
 }
 
-void Sheet::layoutHeader() {
+void Sheet::layoutHeader()
+{
     int leading = headerInset;
     const auto place = [this](QWidget* widget, int x) {
         widget->resize(widget->sizeHint());
@@ -334,7 +364,8 @@ void Sheet::layoutHeader() {
     m_title->setGeometry(side, 0, std::max(0, m_header->width() - 2 * side), headerHeight);
 }
 
-void Sheet::paintEvent(QPaintEvent*) {
+void Sheet::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     QColor shade = Theme::color(ColorRole::scrim);
     shade.setAlphaF(static_cast<float>(shade.alphaF() * m_scrim));
@@ -344,7 +375,8 @@ void Sheet::paintEvent(QPaintEvent*) {
         painter.fillRect(rect(), shade);
 }
 
-void Sheet::keepFocusInside(QWidget* now) {
+void Sheet::keepFocusInside(QWidget* now)
+{
     if (m_state != State::open || topmost(this) != this)
         return;
     if (now && isAncestorOf(now)) {
@@ -360,7 +392,8 @@ void Sheet::keepFocusInside(QWidget* now) {
         focusFirst();
 }
 
-void Sheet::focusFirst() {
+void Sheet::focusFirst()
+{
     if (m_state != State::open)
         return;
     QWidget* first = m_initialFocus && m_pages->pageCount() == 1 ? m_initialFocus.data() : nullptr;
@@ -372,7 +405,8 @@ void Sheet::focusFirst() {
         first->setFocus(m_ringBefore ? Qt::ShortcutFocusReason : Qt::OtherFocusReason);
 }
 
-QWidget* Sheet::firstFocusable(QWidget* within) const {
+QWidget* Sheet::firstFocusable(QWidget* within) const
+{
     if (takesFocus(within))
         return within;
     for (QWidget* widget = within->nextInFocusChain(); widget && widget != within;
@@ -383,7 +417,8 @@ QWidget* Sheet::firstFocusable(QWidget* within) const {
     return nullptr;
 }
 
-QWidget* Sheet::nextFocusable(QWidget* from, bool next) const {
+QWidget* Sheet::nextFocusable(QWidget* from, bool next) const
+{
     const auto step = [next](QWidget* widget) {
         return next ? widget->nextInFocusChain() : widget->previousInFocusChain();
     };
@@ -394,7 +429,8 @@ QWidget* Sheet::nextFocusable(QWidget* from, bool next) const {
     return nullptr;
 }
 
-bool Sheet::focusNextPrevChild(bool next) {
+bool Sheet::focusNextPrevChild(bool next)
+{
     QWidget* focused = window()->focusWidget();
     QWidget* from = focused && isAncestorOf(focused) ? focused : this;
     if (QWidget* target = nextFocusable(from, next))

@@ -10,13 +10,16 @@
 
 namespace orvia {
 
-SheetPages::SheetPages(const QString& title, QWidget* parent) : QStackedWidget(parent) {
+SheetPages::SheetPages(const QString& title, QWidget* parent)
+    : QStackedWidget(parent)
+{
     auto* scroll = new ScrollArea(this);
     addWidget(scroll);
     m_pages.push_back({title, scroll, nullptr, nullptr});
 }
 
-void SheetPages::setBody(QWidget* body) {
+void SheetPages::setBody(QWidget* body)
+{
     auto* padded = new QWidget;
     auto* column = new QVBoxLayout(padded);
     column->setContentsMargins(Sheet::bodyPadding);
@@ -27,7 +30,8 @@ void SheetPages::setBody(QWidget* body) {
     padded->setAutoFillBackground(false);
 }
 
-int SheetPages::bodyHeight() const {
+int SheetPages::bodyHeight() const
+{
     const auto* scroll = static_cast<const ScrollArea*>(m_pages.front().contents);
     QWidget* padded = scroll->widget();
     if (!padded)
@@ -36,14 +40,16 @@ int SheetPages::bodyHeight() const {
                                                  : padded->sizeHint().height();
 }
 
-void SheetPages::push(Page page) {
+void SheetPages::push(Page page)
+{
     addWidget(page.contents);
     m_pages.push_back(std::move(page));
     setCurrentWidget(current().contents);
     slide(current().contents, Motion::pageSlide);
 }
 
-void SheetPages::pop() {
+void SheetPages::pop()
+{
     if (m_pages.size() < 2)
         return;
     const Page left = m_pages.back();
@@ -58,7 +64,8 @@ void SheetPages::pop() {
     slide(current().contents, -Motion::pageSlide);
 }
 
-void SheetPages::slide(QWidget* page, int from) {
+void SheetPages::slide(QWidget* page, int from)
+{
     const int duration = isVisible() ? Theme::duration(Motion::pagePush) : 0;
     if (duration == 0)
         return;

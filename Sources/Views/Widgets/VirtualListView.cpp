@@ -11,7 +11,9 @@
 
 namespace orvia {
 
-VirtualListView::VirtualListView(QWidget* parent) : QListView(parent) {
+VirtualListView::VirtualListView(QWidget* parent)
+    : QListView(parent)
+{
     setFrameShape(QFrame::NoFrame);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -23,30 +25,36 @@ VirtualListView::VirtualListView(QWidget* parent) : QListView(parent) {
     OverlayScrollBar::install(this);
 }
 
-void VirtualListView::setRowHeight(int height) {
+void VirtualListView::setRowHeight(int height)
+{
     m_rowHeight = std::max(1, height);
     doItemsLayout();
 }
 
-void VirtualListView::setVerticalPadding(int top, int bottom) {
+void VirtualListView::setVerticalPadding(int top, int bottom)
+{
     m_topPadding = top;
     m_bottomPadding = bottom;
     doItemsLayout();
 }
 
-int VirtualListView::rowCount() const {
+int VirtualListView::rowCount() const
+{
     return model() ? model()->rowCount(rootIndex()) : 0;
 }
 
-int VirtualListView::rowTop(int row) const {
+int VirtualListView::rowTop(int row) const
+{
     return m_topPadding + row * m_rowHeight - verticalOffset();
 }
 
-int VirtualListView::verticalOffset() const {
+int VirtualListView::verticalOffset() const
+{
     return verticalScrollBar()->value();
 }
 
-std::pair<int, int> VirtualListView::visibleRows() const {
+std::pair<int, int> VirtualListView::visibleRows() const
+{
     const int rows = rowCount();
     const int offset = verticalOffset() - m_topPadding;
     const int first = std::max(0, offset / m_rowHeight);
@@ -54,13 +62,15 @@ std::pair<int, int> VirtualListView::visibleRows() const {
     return first <= last ? std::pair(first, last) : std::pair(-1, -1);
 }
 
-QRect VirtualListView::visualRect(const QModelIndex& index) const {
+QRect VirtualListView::visualRect(const QModelIndex& index) const
+{
     if (!index.isValid() || index.parent() != rootIndex() || index.column() != modelColumn())
         return {};
     return {0, rowTop(index.row()), viewport()->width(), m_rowHeight};
 }
 
-QModelIndex VirtualListView::indexAt(const QPoint& point) const {
+QModelIndex VirtualListView::indexAt(const QPoint& point) const
+{
     const int y = point.y() + verticalOffset() - m_topPadding;
     if (y < 0 || point.x() < 0 || point.x() >= viewport()->width())
         return {};
@@ -68,7 +78,8 @@ QModelIndex VirtualListView::indexAt(const QPoint& point) const {
     return row < rowCount() ? model()->index(row, modelColumn(), rootIndex()) : QModelIndex();
 }
 
-void VirtualListView::scrollTo(const QModelIndex& index, ScrollHint hint) {
+void VirtualListView::scrollTo(const QModelIndex& index, ScrollHint hint)
+{
     if (!index.isValid() || index.parent() != rootIndex())
         return;
     const int top = m_topPadding + index.row() * m_rowHeight;
@@ -95,23 +106,27 @@ void VirtualListView::scrollTo(const QModelIndex& index, ScrollHint hint) {
     verticalScrollBar()->setValue(wanted);
 }
 
-void VirtualListView::doItemsLayout() {
+void VirtualListView::doItemsLayout()
+{
     // Positions follow from the row's number; there is nothing to lay out, and nothing to remember.
     updateGeometries();
     viewport()->update();
 }
 
-void VirtualListView::reset() {
+void VirtualListView::reset()
+{
     QAbstractItemView::reset();
     updateGeometries();
 }
 
-void VirtualListView::setRootIndex(const QModelIndex& index) {
+void VirtualListView::setRootIndex(const QModelIndex& index)
+{
     QAbstractItemView::setRootIndex(index);
     updateGeometries();
 }
 
-QModelIndex VirtualListView::moveCursor(CursorAction action, Qt::KeyboardModifiers) {
+QModelIndex VirtualListView::moveCursor(CursorAction action, Qt::KeyboardModifiers)
+{
     const int rows = rowCount();
     if (rows == 0)
         return {};
@@ -145,7 +160,8 @@ QModelIndex VirtualListView::moveCursor(CursorAction action, Qt::KeyboardModifie
     return model()->index(std::clamp(row, 0, rows - 1), modelColumn(), rootIndex());
 }
 
-void VirtualListView::setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command) {
+void VirtualListView::setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command)
+{
     const int rows = rowCount();
     const QRect area = rect.normalized().translated(0, verticalOffset() - m_topPadding);
     if (rows == 0 || area.bottom() < 0 || area.top() / m_rowHeight >= rows) {
@@ -159,7 +175,8 @@ void VirtualListView::setSelection(const QRect& rect, QItemSelectionModel::Selec
     selectionModel()->select(range, command);
 }
 
-QRegion VirtualListView::visualRegionForSelection(const QItemSelection& selection) const {
+QRegion VirtualListView::visualRegionForSelection(const QItemSelection& selection) const
+{
     QRegion region;
     for (const QItemSelectionRange& range : selection) {
         const QRect rows(0, rowTop(range.top()), viewport()->width(), range.height() * m_rowHeight);
@@ -168,27 +185,32 @@ QRegion VirtualListView::visualRegionForSelection(const QItemSelection& selectio
     return region;
 }
 
-QModelIndexList VirtualListView::selectedIndexes() const {
+QModelIndexList VirtualListView::selectedIndexes() const
+{
     return selectionModel() ? selectionModel()->selectedIndexes() : QModelIndexList();
 }
 
-void VirtualListView::rowsInserted(const QModelIndex& parent, int start, int end) {
+void VirtualListView::rowsInserted(const QModelIndex& parent, int start, int end)
+{
     // The base class of QListView: the latter would forget and lay out every row.
     QAbstractItemView::rowsInserted(parent, start, end);
     scheduleDelayedItemsLayout();
 }
 
-void VirtualListView::rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) {
+void VirtualListView::rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end)
+{
     QAbstractItemView::rowsAboutToBeRemoved(parent, start, end);
     scheduleDelayedItemsLayout();
 }
 
 void VirtualListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
-                                  const QList<int>& roles) {
+                                  const QList<int>& roles)
+{
     QAbstractItemView::dataChanged(topLeft, bottomRight, roles);
 }
 
-void VirtualListView::updateGeometries() {
+void VirtualListView::updateGeometries()
+{
     const int height = viewport()->height();
     const int contents = m_topPadding + rowCount() * m_rowHeight + m_bottomPadding;
     verticalScrollBar()->setSingleStep(m_rowHeight);
@@ -198,14 +220,16 @@ void VirtualListView::updateGeometries() {
     QAbstractItemView::updateGeometries();
 }
 
-void VirtualListView::scrollContentsBy(int dx, int dy) {
+void VirtualListView::scrollContentsBy(int dx, int dy)
+{
     scrollDirtyRegion(dx, dy);
     viewport()->scroll(dx, dy);
     if (viewport()->underMouse())
         setHovered(indexAt(viewport()->mapFromGlobal(QCursor::pos())));
 }
 
-bool VirtualListView::viewportEvent(QEvent* event) {
+bool VirtualListView::viewportEvent(QEvent* event)
+{
     switch (event->type()) {
     case QEvent::HoverEnter:
     case QEvent::HoverMove:
@@ -221,7 +245,8 @@ bool VirtualListView::viewportEvent(QEvent* event) {
     return QListView::viewportEvent(event);
 }
 
-void VirtualListView::setHovered(const QModelIndex& index) {
+void VirtualListView::setHovered(const QModelIndex& index)
+{
     if (index == m_hovered)
         return;
     viewport()->update(visualRect(m_hovered));
@@ -229,12 +254,14 @@ void VirtualListView::setHovered(const QModelIndex& index) {
     viewport()->update(visualRect(m_hovered));
 }
 
-void VirtualListView::resizeEvent(QResizeEvent* event) {
+void VirtualListView::resizeEvent(QResizeEvent* event)
+{
     QAbstractItemView::resizeEvent(event);
     updateGeometries();
 }
 
-QStyleOptionViewItem VirtualListView::rowOption(const QModelIndex& index) const {
+QStyleOptionViewItem VirtualListView::rowOption(const QModelIndex& index) const
+{
     QStyleOptionViewItem option;
     initViewItemOption(&option);
     option.rect = visualRect(index);
@@ -246,7 +273,8 @@ QStyleOptionViewItem VirtualListView::rowOption(const QModelIndex& index) const 
     return option;
 }
 
-void VirtualListView::paintEvent(QPaintEvent* event) {
+void VirtualListView::paintEvent(QPaintEvent* event)
+{
     const auto [firstVisible, lastVisible] = visibleRows();
     if (firstVisible < 0)
         return;
@@ -263,7 +291,8 @@ void VirtualListView::paintEvent(QPaintEvent* event) {
     }
 }
 
-void VirtualListView::keyPressEvent(QKeyEvent* event) {
+void VirtualListView::keyPressEvent(QKeyEvent* event)
+{
     const QModelIndex before = currentIndex();
     const bool activates = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (activates && before.isValid()) {
@@ -279,7 +308,8 @@ void VirtualListView::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-void VirtualListView::focusInEvent(QFocusEvent* event) {
+void VirtualListView::focusInEvent(QFocusEvent* event)
+{
     if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason)
         m_showsFocus = FocusRing::showsFor(event->reason());
     // Without a current row the ring would have no place; QAbstractItemView makes the first row current, and
@@ -291,12 +321,14 @@ void VirtualListView::focusInEvent(QFocusEvent* event) {
     viewport()->update(visualRect(currentIndex()));
 }
 
-void VirtualListView::focusOutEvent(QFocusEvent* event) {
+void VirtualListView::focusOutEvent(QFocusEvent* event)
+{
     QListView::focusOutEvent(event);
     viewport()->update(visualRect(currentIndex()));
 }
 
-void VirtualListView::mousePressEvent(QMouseEvent* event) {
+void VirtualListView::mousePressEvent(QMouseEvent* event)
+{
     m_showsFocus = false;
     QListView::mousePressEvent(event);
 }
