@@ -30,13 +30,15 @@ constexpr int scrollHandleWidth = 6;
 constexpr int scrollHandleMinimum = 24;
 constexpr int focusRingWidth = 2;
 
-QPainterPath roundedRect(const QRectF& rect, qreal radius) {
+QPainterPath roundedRect(const QRectF& rect, qreal radius)
+{
     QPainterPath path;
     path.addRoundedRect(rect, radius, radius);
     return path;
 }
 
-void drawFrame(QPainter& painter, const QRect& rect, ColorRole fill, ColorRole border, qreal radius) {
+void drawFrame(QPainter& painter, const QRect& rect, ColorRole fill, ColorRole border, qreal radius)
+{
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.fillPath(roundedRect(rect, radius), Theme::color(border));
@@ -45,7 +47,8 @@ void drawFrame(QPainter& painter, const QRect& rect, ColorRole fill, ColorRole b
 }
 
 /// The ring lies in the frame's outermost pixels; the frame is larger than its widget by the style's margin.
-void drawFocusRing(QPainter& painter, const QRect& rect, qreal radius) {
+void drawFocusRing(QPainter& painter, const QRect& rect, qreal radius)
+{
     const qreal half = focusRingWidth / 2.0;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
@@ -55,18 +58,21 @@ void drawFocusRing(QPainter& painter, const QRect& rect, qreal radius) {
     painter.restore();
 }
 
-const QWidget* focusFrameTarget(const QWidget* widget) {
+const QWidget* focusFrameTarget(const QWidget* widget)
+{
     const auto* frame = qobject_cast<const QFocusFrame*>(widget);
     return frame ? frame->widget() : nullptr;
 }
 
-int focusMargin(const QWidget* widget) {
+int focusMargin(const QWidget* widget)
+{
     const QWidget* target = focusFrameTarget(widget);
     const QVariant gap = target ? target->property("focusRingGap") : QVariant();
     return focusRingWidth + (gap.isValid() ? gap.toInt() : 2);
 }
 
-void drawScrollHandle(QPainter& painter, const QRect& handle, Qt::Orientation orientation) {
+void drawScrollHandle(QPainter& painter, const QRect& handle, Qt::Orientation orientation)
+{
     // Six wide, two from the outer edge.
     const QRect bar = orientation == Qt::Vertical
                           ? QRect(handle.right() + 1 - 2 - scrollHandleWidth, handle.y() + 2,
@@ -81,9 +87,13 @@ void drawScrollHandle(QPainter& painter, const QRect& handle, Qt::Orientation or
 
 } // namespace
 
-ConsoleStyle::ConsoleStyle() : QProxyStyle(QStyleFactory::create(u"Fusion"_s)) {}
+ConsoleStyle::ConsoleStyle()
+    : QProxyStyle(QStyleFactory::create(u"Fusion"_s))
+{
+}
 
-void ConsoleStyle::polish(QWidget* widget) {
+void ConsoleStyle::polish(QWidget* widget)
+{
     QProxyStyle::polish(widget);
     // A tooltip's text may come from the network; Qt would show what looks like markup as such.
     if (widget->inherits("QTipLabel")) {
@@ -92,7 +102,8 @@ void ConsoleStyle::polish(QWidget* widget) {
     }
 }
 
-int ConsoleStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
+int ConsoleStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const
+{
     switch (metric) {
     case PM_MenuPanelWidth:
         return 1;
@@ -117,7 +128,8 @@ int ConsoleStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, co
 }
 
 int ConsoleStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
-                            QStyleHintReturn* returnData) const {
+                            QStyleHintReturn* returnData) const
+{
     switch (hint) {
     case SH_FocusFrame_AboveWidget:
         return 1;
@@ -146,7 +158,8 @@ int ConsoleStyle::styleHint(StyleHint hint, const QStyleOption* option, const QW
 }
 
 void ConsoleStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
-                                 const QWidget* widget) const {
+                                 const QWidget* widget) const
+{
     switch (element) {
     case PE_PanelMenu:
         drawFrame(*painter, option->rect, ColorRole::menu, ColorRole::menuBorder, Radius::highlight);
@@ -164,7 +177,8 @@ void ConsoleStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* o
 }
 
 void ConsoleStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
-                               const QWidget* widget) const {
+                               const QWidget* widget) const
+{
     switch (element) {
     case CE_FocusFrame: {
         const QWidget* target = focusFrameTarget(widget);
@@ -195,7 +209,8 @@ void ConsoleStyle::drawControl(ControlElement element, const QStyleOption* optio
 }
 
 QSize ConsoleStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
-                                     const QWidget* widget) const {
+                                     const QWidget* widget) const
+{
     const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
     if (type != CT_MenuItem || !item)
         return QProxyStyle::sizeFromContents(type, option, size, widget);
@@ -207,13 +222,14 @@ QSize ConsoleStyle::sizeFromContents(ContentsType type, const QStyleOption* opti
     if (item->text.contains(u'\t'))
         width += item->reservedShortcutWidth + Spacing::large;
     width += 2 * menuPadding;
-    if (item->menuHasCheckableItems || !item->icon.isNull() ||
-        item->menuItemType == QStyleOptionMenuItem::SubMenu)
+    if (item->menuHasCheckableItems || !item->icon.isNull()
+        || item->menuItemType == QStyleOptionMenuItem::SubMenu)
         width += menuIconSize + menuIconGap;
     return {width, std::max(menuItemHeight, item->fontMetrics.height() + 2 * Spacing::iconGap)};
 }
 
-void ConsoleStyle::drawMenuItem(const QStyleOption* option, QPainter* painter, const QWidget*) const {
+void ConsoleStyle::drawMenuItem(const QStyleOption* option, QPainter* painter, const QWidget*) const
+{
     const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
     if (!item)
         return;
@@ -254,9 +270,9 @@ void ConsoleStyle::drawMenuItem(const QStyleOption* option, QPainter* painter, c
         Theme::drawIcon(*painter, mark, u"chevron-right"_s, 14, role);
     painter->setFont(item->font);
     painter->setPen(Theme::color(role));
-    const int flags = Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine |
-                      (styleHint(SH_UnderlineShortcut, option, nullptr, nullptr) ? Qt::TextShowMnemonic
-                                                                                 : Qt::TextHideMnemonic);
+    const int flags = Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine
+                      | (styleHint(SH_UnderlineShortcut, option, nullptr, nullptr) ? Qt::TextShowMnemonic
+                                                                                   : Qt::TextHideMnemonic);
     painter->drawText(textRect, flags, item->text.section(u'\t', 0, 0));
     if (item->text.contains(u'\t'))
         painter->drawText(inner, Qt::AlignVCenter | Qt::AlignRight | Qt::TextHideMnemonic,

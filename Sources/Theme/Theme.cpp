@@ -108,7 +108,8 @@ struct TypeStep {
     QFont::Weight weight;
 };
 
-TypeStep typeStep(TextRole role) {
+TypeStep typeStep(TextRole role)
+{
     switch (role) {
     case TextRole::title:
         return {8, QFont::DemiBold};
@@ -150,19 +151,22 @@ TypeStep typeStep(TextRole role) {
 
 constexpr qreal smallestPointSize = 8;
 
-bool isDarkPalette(const QPalette& palette) {
+bool isDarkPalette(const QPalette& palette)
+{
     return palette.color(QPalette::Window).lightnessF() < palette.color(QPalette::WindowText).lightnessF();
 }
 
 } // namespace
 
-Theme& Theme::shared() {
+Theme& Theme::shared()
+{
     // Never destroyed: widgets may outlive every static object's turn at exit.
     static Theme* const theme = new Theme;
     return *theme;
 }
 
-void Theme::apply(QApplication& application) {
+void Theme::apply(QApplication& application)
+{
     m_application = &application;
     m_paletteDark = isDarkPalette(QApplication::palette());
     QApplication::setStyle(new ConsoleStyle);
@@ -172,21 +176,25 @@ void Theme::apply(QApplication& application) {
     application.installEventFilter(this);
 }
 
-void Theme::setDesktopAppearance(std::optional<bool> dark) {
+void Theme::setDesktopAppearance(std::optional<bool> dark)
+{
     m_desktopDark = dark;
     setDark(dark.value_or(m_paletteDark));
 }
 
-QColor Theme::color(ColorRole role) {
+QColor Theme::color(ColorRole role)
+{
     return color(role, shared().m_dark);
 }
 
-QColor Theme::color(ColorRole role, bool dark) {
+QColor Theme::color(ColorRole role, bool dark)
+{
     const Tone& tone = tones[static_cast<size_t>(role)];
     return QColor::fromRgba(dark ? tone.dark : tone.light);
 }
 
-QFont Theme::font(TextRole role) {
+QFont Theme::font(TextRole role)
+{
     const QFont base = QApplication::font();
     const TypeStep step = typeStep(role);
     const bool fixedPitch = role == TextRole::code || role == TextRole::codeRegular;
@@ -201,16 +209,19 @@ QFont Theme::font(TextRole role) {
     return font;
 }
 
-int Theme::lineHeight(TextRole role) {
+int Theme::lineHeight(TextRole role)
+{
     const QFontInfo info(font(role));
     return static_cast<int>(std::lround(info.pixelSize() * 1.35));
 }
 
-int Theme::duration(int milliseconds) {
+int Theme::duration(int milliseconds)
+{
     return QApplication::style()->styleHint(QStyle::SH_Widget_Animation_Duration) > 0 ? milliseconds : 0;
 }
 
-QPixmap Theme::icon(const QString& name, int size, const QColor& color, qreal devicePixelRatio) {
+QPixmap Theme::icon(const QString& name, int size, const QColor& color, qreal devicePixelRatio)
+{
     const QString key = "orvia-icon %1 %2 %3 %4"_L1.arg(
         name, QString::number(size), color.name(QColor::HexArgb), QString::number(devicePixelRatio));
     QPixmap pixmap;
@@ -232,16 +243,19 @@ QPixmap Theme::icon(const QString& name, int size, const QColor& color, qreal de
     return pixmap;
 }
 
-QPixmap Theme::icon(const QString& name, int size, ColorRole role, qreal devicePixelRatio) {
+QPixmap Theme::icon(const QString& name, int size, ColorRole role, qreal devicePixelRatio)
+{
     return icon(name, size, color(role), devicePixelRatio);
 }
 
-void Theme::drawIcon(QPainter& painter, const QRectF& area, const QString& name, int size, ColorRole role) {
+void Theme::drawIcon(QPainter& painter, const QRectF& area, const QString& name, int size, ColorRole role)
+{
     drawIcon(painter, area, name, size, color(role));
 }
 
 void Theme::drawIcon(QPainter& painter, const QRectF& area, const QString& name, int size,
-                     const QColor& color) {
+                     const QColor& color)
+{
     const QPixmap pixmap = icon(name, size, color, painter.device()->devicePixelRatio());
     // Whole pixels keep the strokes crisp.
     const QPointF corner(std::floor(area.center().x() - size / 2.0 + 0.5),
@@ -249,11 +263,13 @@ void Theme::drawIcon(QPainter& painter, const QRectF& area, const QString& name,
     painter.drawPixmap(corner, pixmap);
 }
 
-QIcon Theme::applicationIcon() {
+QIcon Theme::applicationIcon()
+{
     return QIcon(u":/icons/orvia.svg"_s);
 }
 
-bool Theme::eventFilter(QObject* watched, QEvent* event) {
+bool Theme::eventFilter(QObject* watched, QEvent* event)
+{
     if (watched == m_application && !m_installing) {
         if (event->type() == QEvent::ApplicationPaletteChange)
             followDesktop();
@@ -263,7 +279,8 @@ bool Theme::eventFilter(QObject* watched, QEvent* event) {
     return QObject::eventFilter(watched, event);
 }
 
-void Theme::followDesktop() {
+void Theme::followDesktop()
+{
     {
         // An empty palette gives the desktop's own one back for a moment.
         const QScopedValueRollback installing(m_installing, true);
@@ -275,7 +292,8 @@ void Theme::followDesktop() {
     Q_EMIT changed();
 }
 
-void Theme::setDark(bool dark) {
+void Theme::setDark(bool dark)
+{
     if (dark == m_dark)
         return;
     m_dark = dark;
@@ -288,7 +306,8 @@ void Theme::setDark(bool dark) {
     Q_EMIT changed();
 }
 
-void Theme::installPalette() {
+void Theme::installPalette()
+{
     const QScopedValueRollback installing(m_installing, true);
     QPalette palette;
     const auto set = [&palette](QPalette::ColorRole role, ColorRole active, ColorRole disabled) {

@@ -19,9 +19,13 @@ constexpr int labelPadding = 14;
 /// Qt's own interface of a push button cannot say that the button is busy.
 class ButtonAccessible : public QAccessibleWidget {
 public:
-    explicit ButtonAccessible(BusyButton* button) : QAccessibleWidget(button, QAccessible::Button) {}
+    explicit ButtonAccessible(BusyButton* button)
+        : QAccessibleWidget(button, QAccessible::Button)
+    {
+    }
 
-    QAccessible::State state() const override {
+    QAccessible::State state() const override
+    {
         QAccessible::State state = QAccessibleWidget::state();
         state.busy = button()->isBusy();
         state.pressed = button()->isDown();
@@ -30,7 +34,8 @@ public:
         return state;
     }
 
-    QStringList actionNames() const override {
+    QStringList actionNames() const override
+    {
         if (!button()->isEnabled())
             return {};
         QStringList names{button()->isCheckable() ? toggleAction() : pressAction()};
@@ -39,7 +44,8 @@ public:
         return names;
     }
 
-    void doAction(const QString& name) override {
+    void doAction(const QString& name) override
+    {
         if (name == pressAction() || name == toggleAction())
             button()->animateClick();
         else
@@ -50,21 +56,25 @@ private:
     BusyButton* button() const { return static_cast<BusyButton*>(widget()); }
 };
 
-QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
+QAccessibleInterface* makeAccessible(const QString&, QObject* object)
+{
     auto* button = qobject_cast<BusyButton*>(object);
     return button ? new ButtonAccessible(button) : nullptr;
 }
 
 } // namespace
 
-BusyButton::BusyButton(QWidget* parent) : QPushButton(parent) {
+BusyButton::BusyButton(QWidget* parent)
+    : QPushButton(parent)
+{
     static const bool installed = (QAccessible::installFactory(makeAccessible), true);
     Q_UNUSED(installed)
     setAttribute(Qt::WA_Hover);
     setAutoDefault(false);
 }
 
-void BusyButton::setBusy(bool busy) {
+void BusyButton::setBusy(bool busy)
+{
     if (busy == m_busy)
         return;
     m_busy = busy;
@@ -82,11 +92,13 @@ void BusyButton::setBusy(bool busy) {
     QAccessible::updateAccessibility(&event);
 }
 
-bool BusyButton::hitButton(const QPoint& position) const {
+bool BusyButton::hitButton(const QPoint& position) const
+{
     return !m_busy && rect().contains(position);
 }
 
-void BusyButton::keyPressEvent(QKeyEvent* event) {
+void BusyButton::keyPressEvent(QKeyEvent* event)
+{
     const bool clicks = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (m_busy && (clicks || event->key() == Qt::Key_Space || event->key() == Qt::Key_Select))
         event->accept();
@@ -96,42 +108,51 @@ void BusyButton::keyPressEvent(QKeyEvent* event) {
         QPushButton::keyPressEvent(event);
 }
 
-void BusyButton::resizeEvent(QResizeEvent* event) {
+void BusyButton::resizeEvent(QResizeEvent* event)
+{
     QPushButton::resizeEvent(event);
     placeSpinner();
 }
 
-bool BusyButton::event(QEvent* event) {
+bool BusyButton::event(QEvent* event)
+{
     if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverLeave)
         update();
     return QPushButton::event(event);
 }
 
-void BusyButton::placeSpinner() {
+void BusyButton::placeSpinner()
+{
     if (m_spinner)
         m_spinner->move((width() - spinnerSize) / 2, (height() - spinnerSize) / 2);
 }
 
-Button::Button(const QString& label, Kind kind, QWidget* parent) : BusyButton(parent), m_kind(kind) {
+Button::Button(const QString& label, Kind kind, QWidget* parent)
+    : BusyButton(parent)
+    , m_kind(kind)
+{
     setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
     setLabel(label);
     FocusRing::attach(this, Radius::button);
     connect(&Theme::shared(), &Theme::changed, this, &QWidget::updateGeometry);
 }
 
-void Button::setLabel(const QString& label) {
+void Button::setLabel(const QString& label)
+{
     m_label = label;
     setAccessibleName(label);
     updateGeometry();
     update();
 }
 
-void Button::setMinimumButtonHeight(int height) {
+void Button::setMinimumButtonHeight(int height)
+{
     m_height = height;
     updateGeometry();
 }
 
-QSize Button::sizeHint() const {
+QSize Button::sizeHint() const
+{
     const QFontMetrics metrics(
         Theme::font(m_kind == Kind::plain ? TextRole::footnote : TextRole::bodyMedium));
     const int padding = m_kind == Kind::plain ? Spacing::small : labelPadding + 1;
@@ -139,11 +160,13 @@ QSize Button::sizeHint() const {
             std::max(m_height, metrics.height() + Spacing::medium)};
 }
 
-ColorRole Button::spinnerColor() const {
+ColorRole Button::spinnerColor() const
+{
     return m_kind == Kind::primary ? ColorRole::primaryButtonText : ColorRole::textSecondary;
 }
 
-ColorRole Button::fillRole() const {
+ColorRole Button::fillRole() const
+{
     const bool live = isEnabled() && !isBusy();
     const bool hovered = live && underMouse();
     if (m_kind == Kind::primary) {
@@ -156,7 +179,8 @@ ColorRole Button::fillRole() const {
     return live && isDown() ? ColorRole::buttonPressed : hovered ? ColorRole::buttonHover : ColorRole::button;
 }
 
-ColorRole Button::labelRole() const {
+ColorRole Button::labelRole() const
+{
     switch (m_kind) {
     case Kind::primary:
         return isEnabled() ? ColorRole::primaryButtonText : ColorRole::primaryDisabledText;
@@ -172,7 +196,8 @@ ColorRole Button::labelRole() const {
     return isEnabled() ? ColorRole::buttonText : ColorRole::textDisabled;
 }
 
-void Button::paintEvent(QPaintEvent*) {
+void Button::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     if (m_kind == Kind::primary)
         PaintShapes::fillRounded(painter, rect(), Radius::button, Theme::color(fillRole()));
@@ -188,33 +213,42 @@ void Button::paintEvent(QPaintEvent*) {
 
 IconButton::IconButton(const QString& iconName, const QString& helpText, QWidget* parent, int iconSize,
                        ColorRole color)
-    : BusyButton(parent), m_iconName(iconName), m_iconSize(iconSize), m_color(color) {
+    : BusyButton(parent)
+    , m_iconName(iconName)
+    , m_iconSize(iconSize)
+    , m_color(color)
+{
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setHelpText(helpText);
     FocusRing::attach(this, Radius::button);
 }
 
-void IconButton::setIconName(const QString& iconName) {
+void IconButton::setIconName(const QString& iconName)
+{
     m_iconName = iconName;
     update();
 }
 
-void IconButton::setHelpText(const QString& helpText) {
+void IconButton::setHelpText(const QString& helpText)
+{
     setToolTip(helpText);
     setAccessibleName(helpText);
 }
 
-void IconButton::setColor(ColorRole color) {
+void IconButton::setColor(ColorRole color)
+{
     m_color = color;
     update();
 }
 
-void IconButton::setButtonSize(const QSize& size) {
+void IconButton::setButtonSize(const QSize& size)
+{
     m_size = size;
     updateGeometry();
 }
 
-void IconButton::paintEvent(QPaintEvent*) {
+void IconButton::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     const bool live = isEnabled() && !isBusy();
     if (live && (isDown() || isChecked()))

@@ -16,7 +16,8 @@ EmptyState::EmptyState(const QString& iconName, const QString& title, const QStr
     : QWidget(parent)
     , m_icon(new QLabel(this))
     , m_title(new Label({}, TextRole::emptyTitle))
-    , m_text(new Label({}, TextRole::callout, ColorRole::textSecondary)) {
+    , m_text(new Label({}, TextRole::callout, ColorRole::textSecondary))
+{
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(Spacing::large, Spacing::large, Spacing::large, Spacing::large);
     column->setSpacing(0);
@@ -36,7 +37,8 @@ EmptyState::EmptyState(const QString& iconName, const QString& title, const QStr
     connect(&Theme::shared(), &Theme::changed, this, &EmptyState::applyTheme);
 }
 
-void EmptyState::setContents(const QString& iconName, const QString& title, const QString& text) {
+void EmptyState::setContents(const QString& iconName, const QString& title, const QString& text)
+{
     m_iconName = iconName;
     m_title->setText(title);
     m_text->setText(text);
@@ -44,7 +46,8 @@ void EmptyState::setContents(const QString& iconName, const QString& title, cons
     applyTheme();
 }
 
-void EmptyState::applyTheme() {
+void EmptyState::applyTheme()
+{
     m_icon->setPixmap(Theme::icon(m_iconName, symbolSize, ColorRole::iconFaint, devicePixelRatioF()));
 }
 

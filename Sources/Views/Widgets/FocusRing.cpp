@@ -16,7 +16,10 @@ namespace {
 /// Moves the one focus frame to the widget that needs it.
 class RingFollower : public QObject {
 public:
-    RingFollower(QWidget* widget, FocusRing::Policy policy) : QObject(widget), m_policy(policy) {
+    RingFollower(QWidget* widget, FocusRing::Policy policy)
+        : QObject(widget)
+        , m_policy(policy)
+    {
         widget->installEventFilter(this);
         if (widget->hasFocus() && policy == FocusRing::Policy::always)
             show(widget);
@@ -25,7 +28,8 @@ public:
     static QFocusFrame* frame() { return currentFrame(); }
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override {
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
         auto* widget = static_cast<QWidget*>(watched);
         if (event->type() == QEvent::FocusIn)
             focusCame(widget, static_cast<QFocusEvent*>(event)->reason());
@@ -35,28 +39,32 @@ protected:
     }
 
 private:
-    static QPointer<QFocusFrame>& currentFrame() {
+    static QPointer<QFocusFrame>& currentFrame()
+    {
         static QPointer<QFocusFrame> frame;
         return frame;
     }
 
-    void focusCame(QWidget* widget, Qt::FocusReason reason) {
+    void focusCame(QWidget* widget, Qt::FocusReason reason)
+    {
         // A window or menu that comes and goes is no reason to change how the focus looks.
-        const bool returns = reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason ||
-                             reason == Qt::MenuBarFocusReason;
+        const bool returns = reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason
+                             || reason == Qt::MenuBarFocusReason;
         if (!returns)
             m_shown = m_policy == FocusRing::Policy::always || FocusRing::showsFor(reason);
         if (m_shown)
             show(widget);
     }
 
-    static void show(QWidget* widget) {
+    static void show(QWidget* widget)
+    {
         if (!currentFrame())
             currentFrame() = new QFocusFrame(widget);
         currentFrame()->setWidget(widget);
     }
 
-    static void hide(QWidget* widget) {
+    static void hide(QWidget* widget)
+    {
         if (currentFrame() && currentFrame()->widget() == widget) {
             currentFrame()->setWidget(nullptr);
             // The frame must not die with a window that it once visited.
@@ -70,26 +78,31 @@ private:
 
 } // namespace
 
-void FocusRing::attach(QWidget* widget, qreal radius, Policy policy, int gap) {
+void FocusRing::attach(QWidget* widget, qreal radius, Policy policy, int gap)
+{
     widget->setProperty("focusRingRadius", radius);
     widget->setProperty("focusRingGap", gap);
     new RingFollower(widget, policy);
 }
 
-bool FocusRing::showsFor(Qt::FocusReason reason) {
-    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-           reason == Qt::ShortcutFocusReason;
+bool FocusRing::showsFor(Qt::FocusReason reason)
+{
+    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason
+           || reason == Qt::ShortcutFocusReason;
 }
 
-bool FocusRing::isShown(const QWidget* widget) {
+bool FocusRing::isShown(const QWidget* widget)
+{
     return widget && RingFollower::frame() && RingFollower::frame()->widget() == widget;
 }
 
-void FocusRing::restoreFocus(QWidget* widget, bool ring) {
+void FocusRing::restoreFocus(QWidget* widget, bool ring)
+{
     widget->setFocus(ring ? Qt::ShortcutFocusReason : Qt::OtherFocusReason);
 }
 
-void FocusRing::paintInside(QPainter& painter, const QRectF& highlight, qreal radius) {
+void FocusRing::paintInside(QPainter& painter, const QRectF& highlight, qreal radius)
+{
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);

@@ -7,7 +7,8 @@
 
 namespace orvia {
 
-void PaintShapes::fillRounded(QPainter& painter, const QRectF& rect, qreal radius, const QColor& fill) {
+void PaintShapes::fillRounded(QPainter& painter, const QRectF& rect, qreal radius, const QColor& fill)
+{
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
@@ -17,7 +18,8 @@ void PaintShapes::fillRounded(QPainter& painter, const QRectF& rect, qreal radiu
 }
 
 void PaintShapes::outlined(QPainter& painter, const QRectF& rect, qreal radius, const QColor& fill,
-                           const QColor& line, qreal lineWidth) {
+                           const QColor& line, qreal lineWidth)
+{
     const qreal half = lineWidth / 2;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
@@ -27,7 +29,8 @@ void PaintShapes::outlined(QPainter& painter, const QRectF& rect, qreal radius, 
     painter.restore();
 }
 
-void PaintShapes::hairLine(QPainter& painter, qreal left, qreal right, qreal y) {
+void PaintShapes::hairLine(QPainter& painter, qreal left, qreal right, qreal y)
+{
     const qreal thickness = 1 / painter.device()->devicePixelRatio();
     painter.fillRect(QRectF(left, y, right - left, thickness), Theme::color(ColorRole::hairline));
 }

@@ -26,10 +26,14 @@ constexpr int popupPadding = 4;
 /// Rows that look like the items of a menu, the current choice with a check mark.
 class PopupDelegate : public QStyledItemDelegate {
 public:
-    explicit PopupDelegate(QComboBox* picker) : QStyledItemDelegate(picker), m_picker(picker) {}
+    explicit PopupDelegate(QComboBox* picker)
+        : QStyledItemDelegate(picker)
+        , m_picker(picker)
+    {
+    }
 
-    void paint(QPainter* painter, const QStyleOptionViewItem& option,
-               const QModelIndex& index) const override {
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
         const bool highlighted = option.state.testFlag(QStyle::State_Selected);
         const QRect row = option.rect.adjusted(popupPadding, 0, -popupPadding, 0);
         if (highlighted)
@@ -48,10 +52,11 @@ public:
                 u"check"_s, indicatorSize, role);
     }
 
-    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const override {
+    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const override
+    {
         const QFontMetrics metrics(Theme::font(TextRole::body));
-        return {metrics.horizontalAdvance(index.data(Qt::DisplayRole).toString()) + indicatorSize +
-                    indicatorGap + 2 * (leadingPadding + popupPadding),
+        return {metrics.horizontalAdvance(index.data(Qt::DisplayRole).toString()) + indicatorSize
+                    + indicatorGap + 2 * (leadingPadding + popupPadding),
                 std::max(popupRowHeight, metrics.height() + Spacing::medium)};
     }
 
@@ -61,7 +66,9 @@ private:
 
 } // namespace
 
-Picker::Picker(const QString& label, QWidget* parent) : QComboBox(parent) {
+Picker::Picker(const QString& label, QWidget* parent)
+    : QComboBox(parent)
+{
     setAccessibleName(label);
     setAccessibleDescription(label);
     setSizeAdjustPolicy(QComboBox::AdjustToContents);
@@ -74,24 +81,28 @@ Picker::Picker(const QString& label, QWidget* parent) : QComboBox(parent) {
     connect(&Theme::shared(), &Theme::changed, this, &QWidget::updateGeometry);
 }
 
-QSize Picker::sizeHint() const {
+QSize Picker::sizeHint() const
+{
     const QFontMetrics metrics(Theme::font(TextRole::body));
-    return {metrics.horizontalAdvance(currentText()) + leadingPadding + indicatorGap + indicatorSize +
-                trailingPadding + 2,
+    return {metrics.horizontalAdvance(currentText()) + leadingPadding + indicatorGap + indicatorSize
+                + trailingPadding + 2,
             std::max(static_cast<int>(Metric::fieldHeight), metrics.height() + Spacing::small)};
 }
 
-QSize Picker::minimumSizeHint() const {
+QSize Picker::minimumSizeHint() const
+{
     return {leadingPadding * 6, sizeHint().height()};
 }
 
-bool Picker::event(QEvent* event) {
+bool Picker::event(QEvent* event)
+{
     if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverLeave)
         update();
     return QComboBox::event(event);
 }
 
-void Picker::keyPressEvent(QKeyEvent* event) {
+void Picker::keyPressEvent(QKeyEvent* event)
+{
     // Return belongs to the default button of a sheet; Space opens the rows.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         event->ignore();
@@ -99,12 +110,14 @@ void Picker::keyPressEvent(QKeyEvent* event) {
         QComboBox::keyPressEvent(event);
 }
 
-void Picker::wheelEvent(QWheelEvent* event) {
+void Picker::wheelEvent(QWheelEvent* event)
+{
     // Scrolling a form must not change a choice that happens to pass under the pointer.
     event->ignore();
 }
 
-void Picker::showPopup() {
+void Picker::showPopup()
+{
     int widest = width();
     for (int row = 0; row < count(); ++row)
         widest = std::max(widest, itemDelegate()->sizeHint({}, model()->index(row, 0)).width() + 2);
@@ -115,7 +128,8 @@ void Picker::showPopup() {
     QComboBox::showPopup();
 }
 
-void Picker::paintEvent(QPaintEvent*) {
+void Picker::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     const ColorRole fill = !isEnabled()   ? ColorRole::button
                            : underMouse() ? ColorRole::buttonHover

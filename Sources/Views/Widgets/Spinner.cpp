@@ -13,7 +13,8 @@ constexpr qreal strokeWidth = 1.75;
 constexpr qreal ringOpacity = 0.25;
 
 /// All spinners turn together, so that one that is rebuilt does not jump.
-qreal turnedDegrees() {
+qreal turnedDegrees()
+{
     static const QElapsedTimer clock = [] {
         QElapsedTimer timer;
         timer.start();
@@ -24,35 +25,44 @@ qreal turnedDegrees() {
 
 } // namespace
 
-Spinner::Spinner(int size, ColorRole color, QWidget* parent) : QWidget(parent), m_size(size), m_color(color) {
+Spinner::Spinner(int size, ColorRole color, QWidget* parent)
+    : QWidget(parent)
+    , m_size(size)
+    , m_color(color)
+{
     setFixedSize(size, size);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setAccessibleName(tr("Loading"));
 }
 
-void Spinner::setColor(ColorRole color) {
+void Spinner::setColor(ColorRole color)
+{
     m_color = color;
     update();
 }
 
-void Spinner::showEvent(QShowEvent* event) {
+void Spinner::showEvent(QShowEvent* event)
+{
     m_timer.start(frameInterval, this);
     QWidget::showEvent(event);
 }
 
-void Spinner::hideEvent(QHideEvent* event) {
+void Spinner::hideEvent(QHideEvent* event)
+{
     m_timer.stop();
     QWidget::hideEvent(event);
 }
 
-void Spinner::timerEvent(QTimerEvent* event) {
+void Spinner::timerEvent(QTimerEvent* event)
+{
     if (event->timerId() == m_timer.timerId())
         update();
     else
         QWidget::timerEvent(event);
 }
 
-void Spinner::paintEvent(QPaintEvent*) {
+void Spinner::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF ring = QRectF(rect()).adjusted(1, 1, -1, -1);

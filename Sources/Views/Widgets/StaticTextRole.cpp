@@ -11,7 +11,8 @@ namespace {
 
 constexpr char markName[] = "staticText";
 
-QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
+QAccessibleInterface* makeAccessible(const QString&, QObject* object)
+{
     auto* widget = qobject_cast<QWidget*>(object);
     if (!widget || !widget->property(markName).toBool())
         return nullptr;
@@ -20,7 +21,8 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
 
 } // namespace
 
-void markAsStaticText(QWidget* widget) {
+void markAsStaticText(QWidget* widget)
+{
     static const bool installed = (QAccessible::installFactory(makeAccessible), true);
     Q_UNUSED(installed)
     widget->setProperty(markName, true);

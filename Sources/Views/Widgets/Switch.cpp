@@ -19,7 +19,9 @@ constexpr int knobInset = 2;
 } // namespace
 
 Switch::Switch(const QString& accessibleName, QWidget* parent)
-    : QCheckBox(parent), m_knob(new QVariantAnimation(this)) {
+    : QCheckBox(parent)
+    , m_knob(new QVariantAnimation(this))
+{
     setAccessibleName(accessibleName);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     m_knob->setStartValue(0.0);
@@ -30,11 +32,13 @@ Switch::Switch(const QString& accessibleName, QWidget* parent)
     FocusRing::attach(this, switchSize.height() / 2.0);
 }
 
-QSize Switch::sizeHint() const {
+QSize Switch::sizeHint() const
+{
     return switchSize;
 }
 
-void Switch::moveKnob(bool on) {
+void Switch::moveKnob(bool on)
+{
     m_knob->stop();
     m_knob->setDirection(on ? QAbstractAnimation::Forward : QAbstractAnimation::Backward);
     const int duration = isVisible() ? Theme::duration(Motion::switchKnob) : 0;
@@ -44,14 +48,16 @@ void Switch::moveKnob(bool on) {
     update();
 }
 
-void Switch::keyPressEvent(QKeyEvent* event) {
+void Switch::keyPressEvent(QKeyEvent* event)
+{
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         event->ignore(); // belongs to the default button of a sheet
     else
         QCheckBox::keyPressEvent(event);
 }
 
-void Switch::paintEvent(QPaintEvent*) {
+void Switch::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     const QRectF track(QPointF(0, (height() - switchSize.height()) / 2.0), switchSize);
     painter.setOpacity(isEnabled() ? 1.0 : 0.5);

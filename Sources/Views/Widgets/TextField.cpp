@@ -27,7 +27,8 @@ constexpr int searchPadding = 8;
 constexpr int searchSpinnerSize = 14;
 
 /// Text selections are tinted, and keep their text's colour.
-void applyFieldColors(QLineEdit* field) {
+void applyFieldColors(QLineEdit* field)
+{
     QPalette colors = field->palette();
     colors.setColor(QPalette::Text, Theme::color(ColorRole::textPrimary));
     colors.setColor(QPalette::Disabled, QPalette::Text, Theme::color(ColorRole::textDisabled));
@@ -42,7 +43,10 @@ void applyFieldColors(QLineEdit* field) {
 
 } // namespace
 
-TextField::TextField(const QString& label, QWidget* parent, Size size) : QLineEdit(parent), m_size(size) {
+TextField::TextField(const QString& label, QWidget* parent, Size size)
+    : QLineEdit(parent)
+    , m_size(size)
+{
     setAccessibleName(label);
     setPlaceholderText(label);
     setFrame(false);
@@ -55,21 +59,25 @@ TextField::TextField(const QString& label, QWidget* parent, Size size) : QLineEd
     connect(&Theme::shared(), &Theme::changed, this, &TextField::applyTheme);
 }
 
-QSize TextField::sizeHint() const {
+QSize TextField::sizeHint() const
+{
     const int least = m_size == Size::large ? Metric::largeFieldHeight : Metric::fieldHeight;
     return {formWidth, std::max(least, fontMetrics().height() + Spacing::small)};
 }
 
-QSize TextField::minimumSizeHint() const {
+QSize TextField::minimumSizeHint() const
+{
     return {fontMetrics().averageCharWidth() * 8, sizeHint().height()};
 }
 
-void TextField::applyTheme() {
+void TextField::applyTheme()
+{
     applyFieldColors(this);
     updateGeometry();
 }
 
-void TextField::paintEvent(QPaintEvent* event) {
+void TextField::paintEvent(QPaintEvent* event)
+{
     {
         QPainter painter(this);
         PaintShapes::outlined(painter, rect(), m_size == Size::large ? Radius::highlight : Radius::field,
@@ -78,16 +86,19 @@ void TextField::paintEvent(QPaintEvent* event) {
     QLineEdit::paintEvent(event);
 }
 
-SecureField::SecureField(const QString& label, QWidget* parent, Size size) : TextField(label, parent, size) {
+SecureField::SecureField(const QString& label, QWidget* parent, Size size)
+    : TextField(label, parent, size)
+{
     setEchoMode(QLineEdit::Password);
-    setInputMethodHints(Qt::ImhHiddenText | Qt::ImhSensitiveData | Qt::ImhNoAutoUppercase |
-                        Qt::ImhNoPredictiveText);
+    setInputMethodHints(Qt::ImhHiddenText | Qt::ImhSensitiveData | Qt::ImhNoAutoUppercase
+                        | Qt::ImhNoPredictiveText);
 }
 
 SearchField::SearchField(const QString& placeholder, const QString& clearHelpText, QWidget* parent)
     : QLineEdit(parent)
     , m_clear(new IconButton(u"clear-fill"_s, clearHelpText, this, clearIconSize))
-    , m_spinner(new Spinner(searchSpinnerSize, ColorRole::textSecondary, this)) {
+    , m_spinner(new Spinner(searchSpinnerSize, ColorRole::textSecondary, this))
+{
     setPlaceholderText(placeholder);
     setAccessibleName(placeholder);
     setFrame(false);
@@ -102,39 +113,46 @@ SearchField::SearchField(const QString& placeholder, const QString& clearHelpTex
     updateTrailing();
 }
 
-void SearchField::setSearching(bool searching) {
+void SearchField::setSearching(bool searching)
+{
     m_searching = searching;
     updateTrailing();
 }
 
-QSize SearchField::sizeHint() const {
+QSize SearchField::sizeHint() const
+{
     return {formWidth,
             std::max(static_cast<int>(Metric::fieldHeight), fontMetrics().height() + Spacing::small)};
 }
 
-QSize SearchField::minimumSizeHint() const {
+QSize SearchField::minimumSizeHint() const
+{
     return {clearHitArea + searchIconSize + 2 * searchPadding + fontMetrics().averageCharWidth() * 4,
             sizeHint().height()};
 }
 
-void SearchField::keyPressEvent(QKeyEvent* event) {
+void SearchField::keyPressEvent(QKeyEvent* event)
+{
     if (event->key() == Qt::Key_Escape && !text().isEmpty())
         Q_EMIT clearRequested();
     else
         QLineEdit::keyPressEvent(event);
 }
 
-void SearchField::resizeEvent(QResizeEvent* event) {
+void SearchField::resizeEvent(QResizeEvent* event)
+{
     QLineEdit::resizeEvent(event);
     updateTrailing();
 }
 
-void SearchField::applyTheme() {
+void SearchField::applyTheme()
+{
     applyFieldColors(this);
     updateGeometry();
 }
 
-void SearchField::updateTrailing() {
+void SearchField::updateTrailing()
+{
     // Hiding the button that has the focus would hand the focus on to whatever comes next.
     const bool clears = !m_searching && !text().isEmpty();
     if (!clears && m_clear->hasFocus())
@@ -155,7 +173,8 @@ void SearchField::updateTrailing() {
     place(m_spinner, searchSpinnerSize);
 }
 
-void SearchField::paintEvent(QPaintEvent* event) {
+void SearchField::paintEvent(QPaintEvent* event)
+{
     {
         QPainter painter(this);
         PaintShapes::fillRounded(painter, rect(), Radius::button, Theme::color(ColorRole::fieldSearch));
