@@ -15,7 +15,7 @@ const Instant firstDay = std::chrono::sys_days(std::chrono::year(2024) / 5 / 1);
 
 QString identifier(QStringView kind, int number)
 {
-    return u"66321f%1%2"_s.arg(kind).arg(number, 16, 16, u'0');
+    return u"66321f%1%2"_s.arg(kind).arg(number, 16, 16, QChar(u'0'));
 }
 
 VisitorMeta sampleMeta(int number)

@@ -16,13 +16,17 @@ int main(int argc, char** argv)
     parser.addHelpOption();
     const QCommandLineOption json(u"json"_s, u"Also write the results to <file>."_s, u"file"_s);
     const QCommandLineOption rounds(u"rounds"_s, u"Take each figure <count> times."_s, u"count"_s, u"7"_s);
-    parser.addOptions({json, rounds});
+    const QCommandLineOption only(u"only"_s, u"Take only the figures whose name contains <text>."_s,
+                                  u"text"_s);
+    parser.addOptions({json, rounds, only});
     parser.process(application);
 
     std::vector<Result> results;
     QTextStream progress(stderr);
     for (const auto& group : {codingMeasurements, sessionMeasurements}) {
         for (const Measurement& measurement : group()) {
+            if (!measurement.name.contains(parser.value(only)))
+                continue;
             progress << "measuring: " << measurement.name << Qt::endl;
             results.push_back(measure(measurement, std::max(1, parser.value(rounds).toInt())));
         }
