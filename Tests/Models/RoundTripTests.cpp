@@ -57,13 +57,12 @@ TYPED_TEST(RoundTrips, EqualityAndHashCoverEveryMember)
         const auto record = generator.make<TypeParam>();
         const auto copy = record;
         ASSERT_EQ(copy, record);
-        ASSERT_EQ(qHash(copy), qHash(record));
         ASSERT_EQ(qHash(copy, 17), qHash(record, 17));
         const auto expectDistinct = [&](const auto& field) {
             auto changed = record;
             generator.change(changed.*(field.member));
             EXPECT_NE(changed, record) << field.key;
-            EXPECT_NE(qHash(changed), qHash(record)) << field.key;
+            EXPECT_NE(qHash(changed, 17), qHash(record, 17)) << field.key;
         };
         std::apply([&](const auto&... field) { (expectDistinct(field), ...); }, TypeParam::fields());
     }

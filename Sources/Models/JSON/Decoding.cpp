@@ -122,7 +122,7 @@ bool readValue(const Element& element, qint64& value, Failure& failure)
     // A whole number may be written with a decimal point or an exponent.
     double number = 0;
     if (element.is_double() && element.get(number) == simdjson::SUCCESS && std::trunc(number) == number
-        && number >= -0x1p63 && number < 0x1p63) {
+        && std::abs(number) < 0x1p63) {
         value = static_cast<qint64>(number);
         return true;
     }

@@ -26,7 +26,7 @@ template <class T>
 size_t hashValue(const T& value, size_t seed)
 {
     if constexpr (requires { value.has_value(); }) {
-        return value ? hashValue(*value, seed + 1) : qHash(0, seed);
+        return value ? hashValue(*value, qHash(1, seed)) : qHash(0, seed);
     } else if constexpr (TextEnum<T>) {
         return qHash(static_cast<int>(value), seed);
     } else if constexpr (Record<T>) {
@@ -46,14 +46,15 @@ size_t hashValue(const T& value, size_t seed)
 
 } // namespace json
 
-/// A hash over every field of a record, in agreement with its equality.
+/// A hash over every field of a record, in agreement with its equality. The seed has no default, because Qt
+/// would take that for a second, equally good overload.
 template <json::Record T>
-size_t qHash(const T& record, size_t seed = 0)
+size_t qHash(const T& record, size_t seed)
 {
     return json::hashValue(record, seed);
 }
 
-inline size_t qHash(const OrderedStringMap& map, size_t seed = 0)
+inline size_t qHash(const OrderedStringMap& map, size_t seed)
 {
     return json::hashValue(map, seed);
 }

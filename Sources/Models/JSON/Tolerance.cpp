@@ -1,10 +1,9 @@
 #include "Models/JSON/Tolerance.h"
 
-#include <QByteArrayView>
-
 #include <charconv>
-#include <cmath>
 #include <cstdint>
+#include <locale>
+#include <sstream>
 
 namespace orvia::json {
 
@@ -36,6 +35,16 @@ bool isHighSurrogate(unsigned unit)
 bool isLowSurrogate(unsigned unit)
 {
     return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+/// Streams tell a number that is too large from one that is too small to be told from zero.
+bool isBeyondDouble(std::string_view number)
+{
+    std::istringstream stream{std::string(number)};
+    stream.imbue(std::locale::classic());
+    double value = 0;
+    stream >> value;
+    return stream.fail() && value != 0;
 }
 
 class Rewriter {
@@ -148,8 +157,7 @@ private:
         const std::string_view number = m_document.substr(begin, m_position - begin);
         if (isInteger && fitsInteger(number))
             return;
-        const QByteArrayView view(number.data(), static_cast<qsizetype>(number.size()));
-        if (std::isinf(view.toDouble()))
+        if (isBeyondDouble(number))
             replace(begin, m_position, "[]");
         else if (isInteger)
             replace(m_position, m_position, "e0");

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Benchmarks/Measurement.h"
+
+namespace orvia::bench {
+
+/// Reading and writing a page of the inbox and the frames of the live channel.
+std::vector<Measurement> codingMeasurements();
+
+/// The state object without a window: live events and the derived list.
+std::vector<Measurement> sessionMeasurements();
+
+} // namespace orvia::bench
