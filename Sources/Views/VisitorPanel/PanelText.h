@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Views/Widgets/Label.h"
+
+namespace orvia {
+
+/// As much of a text as one line of the panel could ever show, on one line. A hostile name of megabytes costs
+/// no more than a long one.
+QString panelLine(const QString& text);
+
+/// As much of a text as a tooltip can sensibly show.
+QString panelToolTip(const QString& text);
+
+/// One line of the panel. What does not fit is elided; the accessible name is the whole text.
+class PanelLine : public ElidedLabel {
+    Q_OBJECT
+
+public:
+    explicit PanelLine(TextRole role = TextRole::callout, ColorRole color = ColorRole::textPrimary,
+                       QWidget* parent = nullptr);
+
+    /// Shows @p text, or hides when it is empty.
+    void setLine(const QString& text);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+private:
+    QString m_text;
+};
+
+} // namespace orvia
