@@ -23,7 +23,8 @@ constexpr std::chrono::milliseconds longestExpiryWait = 10min;
 ConversationListModel::ConversationListModel(Session& session, Clock now, QObject* parent)
     : QAbstractListModel(parent)
     , m_session(session)
-    , m_now(std::move(now)) {
+    , m_now(std::move(now))
+{
     m_application.setSingleShot(true);
     m_application.setTimerType(Qt::PreciseTimer);
     connect(&m_application, &QTimer::timeout, this, &ConversationListModel::applyChanges);
@@ -34,7 +35,8 @@ ConversationListModel::ConversationListModel(Session& session, Clock now, QObjec
     rebuild();
 }
 
-void ConversationListModel::connectSession() {
+void ConversationListModel::connectSession()
+{
     connect(&m_session, &Session::conversationsReset, this, &ConversationListModel::rebuild);
     const auto changed = qOverload<qsizetype>(&ConversationListModel::markChanged);
     connect(&m_session, &Session::conversationInserted, this, changed);
@@ -54,11 +56,13 @@ void ConversationListModel::connectSession() {
     });
 }
 
-int ConversationListModel::rowCount(const QModelIndex& parent) const {
+int ConversationListModel::rowCount(const QModelIndex& parent) const
+{
     return parent.isValid() ? 0 : static_cast<int>(m_entries.size());
 }
 
-QVariant ConversationListModel::data(const QModelIndex& index, int role) const {
+QVariant ConversationListModel::data(const QModelIndex& index, int role) const
+{
     const Conversation* shown = index.isValid() ? conversation(index.row()) : nullptr;
     if (!shown)
         return {};
@@ -75,7 +79,8 @@ QVariant ConversationListModel::data(const QModelIndex& index, int role) const {
 }
 
 QModelIndexList ConversationListModel::match(const QModelIndex& start, int role, const QVariant& value,
-                                             int hits, Qt::MatchFlags flags) const {
+                                             int hits, Qt::MatchFlags flags) const
+{
     const bool isTypeAhead = role == Qt::DisplayRole && hits == 1 && flags.testFlag(Qt::MatchStartsWith);
     if (!isTypeAhead || !start.isValid())
         return QAbstractListModel::match(start, role, value, hits, flags);
@@ -90,19 +95,22 @@ QModelIndexList ConversationListModel::match(const QModelIndex& start, int role,
     return {};
 }
 
-const Conversation* ConversationListModel::conversation(int row) const {
+const Conversation* ConversationListModel::conversation(int row) const
+{
     if (row < 0 || row >= rowCount())
         return nullptr;
     const qsizetype position = m_entries[static_cast<std::size_t>(row)].position;
     return position < m_session.conversations().size() ? &m_session.conversations().at(position) : nullptr;
 }
 
-ConversationRow ConversationListModel::row(int row) const {
+ConversationRow ConversationListModel::row(int row) const
+{
     const Conversation* shown = conversation(row);
     return shown ? ConversationRow::of(m_session, *shown, now()) : ConversationRow();
 }
 
-int ConversationListModel::rowOf(const QString& conversationId) const {
+int ConversationListModel::rowOf(const QString& conversationId) const
+{
     const qsizetype position = m_session.conversations().indexOf(conversationId);
     if (position < 0 || position >= static_cast<qsizetype>(m_standings.size()))
         return -1;
@@ -110,20 +118,24 @@ int ConversationListModel::rowOf(const QString& conversationId) const {
     return listedAt ? static_cast<int>(placeOf({*listedAt, position})) : -1;
 }
 
-bool ConversationListModel::hasPendingChanges() const {
+bool ConversationListModel::hasPendingChanges() const
+{
     return m_rebuildPending || !m_pending.empty();
 }
 
-bool ConversationListModel::precedes(const Entry& left, const Entry& right) {
+bool ConversationListModel::precedes(const Entry& left, const Entry& right)
+{
     return left.at != right.at ? left.at > right.at : left.position < right.position;
 }
 
-std::size_t ConversationListModel::placeOf(const Entry& entry) const {
+std::size_t ConversationListModel::placeOf(const Entry& entry) const
+{
     const auto place = std::lower_bound(m_entries.begin(), m_entries.end(), entry, precedes);
     return static_cast<std::size_t>(place - m_entries.begin());
 }
 
-void ConversationListModel::agentChanged() {
+void ConversationListModel::agentChanged()
+{
     const auto& agent = m_session.agent();
     const std::optional<QString> id = agent ? std::optional(agent->id) : std::nullopt;
     // An agent's preferences change nothing here, and only one queue asks who the agent is.
@@ -131,13 +143,15 @@ void ConversationListModel::agentChanged() {
         scheduleRebuild();
 }
 
-void ConversationListModel::markChanged(const QString& conversationId) {
+void ConversationListModel::markChanged(const QString& conversationId)
+{
     const qsizetype position = m_session.conversations().indexOf(conversationId);
     if (position >= 0)
         markChanged(position);
 }
 
-void ConversationListModel::markChanged(qsizetype position) {
+void ConversationListModel::markChanged(qsizetype position)
+{
     const auto slot = static_cast<std::size_t>(position);
     if (slot >= m_standings.size())
         m_standings.resize(slot + 1);
@@ -148,12 +162,14 @@ void ConversationListModel::markChanged(qsizetype position) {
     scheduleApplication();
 }
 
-void ConversationListModel::scheduleRebuild() {
+void ConversationListModel::scheduleRebuild()
+{
     m_rebuildPending = true;
     scheduleApplication();
 }
 
-void ConversationListModel::scheduleApplication() {
+void ConversationListModel::scheduleApplication()
+{
     if (m_application.isActive())
         return;
     const qint64 interval = applicationInterval.count();
@@ -161,7 +177,8 @@ void ConversationListModel::scheduleApplication() {
     m_application.start(static_cast<int>(std::clamp<qint64>(interval - elapsed, 0, interval)));
 }
 
-void ConversationListModel::applyChanges() {
+void ConversationListModel::applyChanges()
+{
     m_application.stop();
     m_sinceApplication.start();
     if (m_rebuildPending || m_pending.size() > longestIncrementalBurst) {
@@ -179,7 +196,8 @@ void ConversationListModel::applyChanges() {
     Q_EMIT changesApplied();
 }
 
-void ConversationListModel::rebuild() {
+void ConversationListModel::rebuild()
+{
     m_application.stop();
     m_rebuildPending = false;
     m_pending.clear();
@@ -191,7 +209,8 @@ void ConversationListModel::rebuild() {
     Q_EMIT changesApplied();
 }
 
-void ConversationListModel::collectEntries() {
+void ConversationListModel::collectEntries()
+{
     const Instant instant = now();
     const std::vector<Conversation>& all = m_session.conversations().all();
     m_agentId = m_session.agent() ? std::optional(m_session.agent()->id) : std::nullopt;
@@ -211,7 +230,8 @@ void ConversationListModel::collectEntries() {
     std::sort(m_entries.begin(), m_entries.end(), precedes);
 }
 
-void ConversationListModel::applyChange(qsizetype position, Instant instant) {
+void ConversationListModel::applyChange(qsizetype position, Instant instant)
+{
     Standing& standing = m_standings[static_cast<std::size_t>(position)];
     standing.isPending = false;
     const Conversation& current = m_session.conversations().at(position);
@@ -231,7 +251,8 @@ void ConversationListModel::applyChange(qsizetype position, Instant instant) {
         insertRow({*after, position});
 }
 
-void ConversationListModel::insertRow(const Entry& entry) {
+void ConversationListModel::insertRow(const Entry& entry)
+{
     const std::size_t place = placeOf(entry);
     const int row = static_cast<int>(place);
     beginInsertRows({}, row, row);
@@ -239,7 +260,8 @@ void ConversationListModel::insertRow(const Entry& entry) {
     endInsertRows();
 }
 
-void ConversationListModel::removeRow(const Entry& entry) {
+void ConversationListModel::removeRow(const Entry& entry)
+{
     const std::size_t place = placeOf(entry);
     const int row = static_cast<int>(place);
     beginRemoveRows({}, row, row);
@@ -247,7 +269,8 @@ void ConversationListModel::removeRow(const Entry& entry) {
     endRemoveRows();
 }
 
-void ConversationListModel::moveRow(const Entry& from, const Entry& to) {
+void ConversationListModel::moveRow(const Entry& from, const Entry& to)
+{
     const std::size_t source = placeOf(from);
     const std::size_t gap = placeOf(to);
     const std::size_t target = gap > source ? gap - 1 : gap;
@@ -269,7 +292,8 @@ void ConversationListModel::moveRow(const Entry& from, const Entry& to) {
     Q_EMIT dataChanged(changed, changed);
 }
 
-void ConversationListModel::armExpiry() {
+void ConversationListModel::armExpiry()
+{
     const std::optional<Instant> next = m_expiries.next();
     if (!next) {
         m_expiry.stop();
@@ -278,7 +302,8 @@ void ConversationListModel::armExpiry() {
     m_expiry.start(std::clamp<std::chrono::milliseconds>(*next - now(), 1ms, longestExpiryWait));
 }
 
-void ConversationListModel::applyExpiredSnoozes() {
+void ConversationListModel::applyExpiredSnoozes()
+{
     for (const qsizetype position : m_expiries.takeExpired(now()))
         markChanged(position);
     armExpiry();

@@ -19,8 +19,8 @@ struct ConversationRow;
 /// The inbox as the session filters and orders it, kept up to date event by event.
 ///
 /// Changes are collected and applied together once control returns to the event loop, at most about sixty
-/// times a second. Applying one costs the same whatever the inbox holds, but for moving the row's place in one
-/// array. Afterwards the rows are those of @c Session::filteredConversations. A replaced inbox resets the
+/// times a second. Applying one costs the same whatever the inbox holds, but for moving the row's place in
+/// one array. Afterwards the rows are those of @c Session::filteredConversations. A replaced inbox resets the
 /// model at once, and a changed filter or a burst that touches hundreds of rows with the next application.
 class ConversationListModel : public QAbstractListModel {
     Q_OBJECT

@@ -39,7 +39,8 @@ ConversationListView::ConversationListView(Session& session, QWidget* parent)
     , m_session(session)
     , m_tick(new TimeTick(currentInstant, TimeTick::defaultSpacing, this))
     , m_model(new ConversationListModel(session, currentInstant, this))
-    , m_delegate(new ConversationRowDelegate(*m_model, *m_tick, this)) {
+    , m_delegate(new ConversationRowDelegate(*m_model, *m_tick, this))
+{
     setObjectName(u"ConversationListView"_s);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -51,7 +52,8 @@ ConversationListView::ConversationListView(Session& session, QWidget* parent)
     column->addWidget(m_pages, 1);
 
     for (const QKeySequence& keys : {QKeySequence(Qt::Key_F5), QKeySequence(Qt::CTRL | Qt::Key_R)})
-        connect(new QShortcut(keys, this), &QShortcut::activated, m_refreshButton, [this] { m_refreshButton->click(); });
+        connect(new QShortcut(keys, this), &QShortcut::activated, m_refreshButton,
+                [this] { m_refreshButton->click(); });
     connectSession();
     connectSearch();
     connect(&Theme::shared(), &Theme::changed, this, &ConversationListView::followTheme);
@@ -62,7 +64,8 @@ ConversationListView::ConversationListView(Session& session, QWidget* parent)
     followSelection(true);
 }
 
-QWidget* ConversationListView::makeTitleBand() {
+QWidget* ConversationListView::makeTitleBand()
+{
     auto* band = new QWidget(this);
     band->setMinimumHeight(Metric::titleBand);
     m_title = new ElidedLabel({}, TextRole::heading, ColorRole::textPrimary, band);
@@ -78,7 +81,8 @@ QWidget* ConversationListView::makeTitleBand() {
     return band;
 }
 
-QWidget* ConversationListView::makeSearchBand() {
+QWidget* ConversationListView::makeSearchBand()
+{
     auto* band = new QWidget(this);
     band->setMinimumHeight(Metric::secondBand);
     m_searchField = new SearchField(tr("Search conversations"), tr("Clear search"), band);
@@ -97,7 +101,8 @@ QWidget* ConversationListView::makeSearchBand() {
     return band;
 }
 
-void ConversationListView::makeList() {
+void ConversationListView::makeList()
+{
     m_list = new RowListView(this);
     m_list->setObjectName(u"conversations"_s);
     m_list->setAccessibleName(tr("Conversations"));
@@ -114,7 +119,8 @@ void ConversationListView::makeList() {
     connect(m_tick, &TimeTick::ticked, m_list->viewport(), qOverload<>(&QWidget::update));
 }
 
-void ConversationListView::makePages() {
+void ConversationListView::makePages()
+{
     m_pages = new QStackedWidget(this);
     m_emptyList = new EmptyState(u"inbox-large"_s, {}, {}, m_pages);
     m_emptyList->setObjectName(u"emptyList"_s);
@@ -136,7 +142,8 @@ void ConversationListView::makePages() {
         m_pages->addWidget(page);
 }
 
-void ConversationListView::connectSession() {
+void ConversationListView::connectSession()
+{
     const auto restart = [this] { m_startsAtTop = true; };
     connect(&m_session, &Session::statusFilterChanged, this, restart);
     connect(&m_session, &Session::productFilterChanged, this, restart);
@@ -154,7 +161,8 @@ void ConversationListView::connectSession() {
     });
 }
 
-void ConversationListView::connectSearch() {
+void ConversationListView::connectSearch()
+{
     connect(&m_session, &Session::searchTextChanged, this, [this] {
         updateSearchField();
         updatePage();
@@ -168,33 +176,39 @@ void ConversationListView::connectSearch() {
     connect(m_searchField, &SearchField::clearRequested, &m_session, &Session::clearSearch);
 }
 
-void ConversationListView::followTheme() {
+void ConversationListView::followTheme()
+{
     m_delegate->followTheme();
     m_list->setRowHeight(m_delegate->rowHeight());
     update();
 }
 
-QString ConversationListView::listTitle() const {
+QString ConversationListView::listTitle() const
+{
     const auto& filter = m_session.productFilter();
     const Product* product = filter ? m_session.product(*filter) : nullptr;
     return product ? product->name : tr("Conversations");
 }
 
-bool ConversationListView::isSearchShown() const {
+bool ConversationListView::isSearchShown() const
+{
     return !m_session.searchText().trimmed().isEmpty();
 }
 
-void ConversationListView::updateTitle() {
+void ConversationListView::updateTitle()
+{
     m_title->setText(listTitle());
 }
 
-void ConversationListView::updateSearchField() {
+void ConversationListView::updateSearchField()
+{
     if (m_searchField->text() != m_session.searchText())
         m_searchField->setText(m_session.searchText());
     m_searchField->setSearching(m_session.isSearching());
 }
 
-void ConversationListView::updatePage() {
+void ConversationListView::updatePage()
+{
     m_refreshButton->setEnabled(!m_session.isLoadingList());
     if (isSearchShown()) {
         if (!m_session.searchResults().empty())
@@ -212,7 +226,8 @@ void ConversationListView::updatePage() {
     showPage(m_emptyList);
 }
 
-void ConversationListView::showPage(QWidget* page) {
+void ConversationListView::showPage(QWidget* page)
+{
     QWidget* before = m_pages->currentWidget();
     if (page == before)
         return;
@@ -226,16 +241,19 @@ void ConversationListView::showPage(QWidget* page) {
         m_searchField->setFocus(Qt::OtherFocusReason);
 }
 
-void ConversationListView::refresh() {
+void ConversationListView::refresh()
+{
     m_session.refreshConversations();
 }
 
-void ConversationListView::modelAboutToChange() {
+void ConversationListView::modelAboutToChange()
+{
     m_isFollowing = true;
     m_list->keepPlace();
 }
 
-void ConversationListView::modelChanged() {
+void ConversationListView::modelChanged()
+{
     m_list->restorePlace();
     if (std::exchange(m_startsAtTop, false))
         m_list->verticalScrollBar()->setValue(0);
@@ -244,7 +262,8 @@ void ConversationListView::modelChanged() {
     updatePage();
 }
 
-void ConversationListView::selectionChanged() {
+void ConversationListView::selectionChanged()
+{
     if (m_isFollowing)
         return;
     const QModelIndexList selected = m_list->selectionModel()->selectedIndexes();
@@ -257,7 +276,8 @@ void ConversationListView::selectionChanged() {
 
 /// Makes the list's selection the session's. A selected conversation that is not listed selects no row; when
 /// it is listed later it comes into sight if @p reveal.
-void ConversationListView::followSelection(bool reveal) {
+void ConversationListView::followSelection(bool reveal)
+{
     const QScopedValueRollback following(m_isFollowing, true);
     const auto& id = m_session.selectedConversationId();
     const int row = id ? m_model->rowOf(*id) : -1;
@@ -277,7 +297,8 @@ void ConversationListView::followSelection(bool reveal) {
     }
 }
 
-bool ConversationListView::eventFilter(QObject* watched, QEvent* event) {
+bool ConversationListView::eventFilter(QObject* watched, QEvent* event)
+{
     const bool isDown = watched == m_searchField && event->type() == QEvent::KeyPress
                         && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down;
     if (!isDown)
@@ -289,7 +310,8 @@ bool ConversationListView::eventFilter(QObject* watched, QEvent* event) {
     return true;
 }
 
-void ConversationListView::paintEvent(QPaintEvent*) {
+void ConversationListView::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     painter.fillRect(rect(), Theme::color(ColorRole::list));
 }

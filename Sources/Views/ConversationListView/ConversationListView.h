@@ -68,9 +68,9 @@ private:
     QWidget* m_searching;
     EmptyState* m_noResults;
     SearchResultsList* m_results;
-    bool m_isFollowing = false;    ///< the list takes over what the session says; nothing is written back
+    bool m_isFollowing = false;      ///< the list takes over what the session says; nothing is written back
     bool m_revealsSelection = false; ///< a selection made elsewhere waits for its row
-    bool m_startsAtTop = false;    ///< a filter changed, so that the next rows are other ones
+    bool m_startsAtTop = false;      ///< a filter changed, so that the next rows are other ones
 };
 
 } // namespace orvia

@@ -12,11 +12,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString translated(const char* text) {
+QString translated(const char* text)
+{
     return QCoreApplication::translate("ConversationListView", text);
 }
 
-QString upperCasedCountryCode(const Visitor& visitor) {
+QString upperCasedCountryCode(const Visitor& visitor)
+{
     if (!visitor.meta || !visitor.meta->geo)
         return {};
     return visitor.meta->geo->countryCode.value_or(QString()).toUpper();
@@ -24,7 +26,8 @@ QString upperCasedCountryCode(const Visitor& visitor) {
 
 } // namespace
 
-ConversationRow ConversationRow::of(const Session& session, const Conversation& conversation, Instant now) {
+ConversationRow ConversationRow::of(const Session& session, const Conversation& conversation, Instant now)
+{
     ConversationRow row;
     row.name = conversation.visitor.name;
     row.isClosed = conversation.status == ConversationStatus::closed;
@@ -47,11 +50,13 @@ ConversationRow ConversationRow::of(const Session& session, const Conversation& 
     return row;
 }
 
-QString ConversationRow::time(Instant now) const {
+QString ConversationRow::time(Instant now) const
+{
     return lastMessageAt ? relativeTime(*lastMessageAt, now) : QString();
 }
 
-QString ConversationRow::accessibleText(Instant now) const {
+QString ConversationRow::accessibleText(Instant now) const
+{
     QStringList parts{name, countryCode, time(now), text, rating, productName};
     if (isSnoozed)
         parts.append(translated("Snoozed"));

@@ -9,7 +9,8 @@ namespace orvia {
 
 namespace {
 
-bool isHighlighted(const VirtualListView* view, const QModelIndex& index) {
+bool isHighlighted(const VirtualListView* view, const QModelIndex& index)
+{
     return view && index.isValid()
            && (view->hoveredIndex() == index || view->selectionModel()->isSelected(index));
 }
@@ -20,10 +21,13 @@ ConversationRowDelegate::ConversationRowDelegate(const ConversationListModel& mo
                                                  QObject* parent)
     : QStyledItemDelegate(parent)
     , m_model(model)
-    , m_tick(tick) {}
+    , m_tick(tick)
+{
+}
 
 void ConversationRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
-                                    const QModelIndex& index) const {
+                                    const QModelIndex& index) const
+{
     const auto* view = qobject_cast<const VirtualListView*>(option.widget);
     RowState state;
     state.isSelected = option.state.testFlag(QStyle::State_Selected);
@@ -37,7 +41,8 @@ void ConversationRowDelegate::paint(QPainter* painter, const QStyleOptionViewIte
     m_tick.request(row.lastMessageAt);
 }
 
-QSize ConversationRowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const {
+QSize ConversationRowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const
+{
     return {option.rect.width(), rowHeight()};
 }
 

@@ -29,12 +29,15 @@ constexpr int snoozeIconSize = 13;
 constexpr int leastCaptionWidth = 48;
 constexpr int leastTagWidth = 40;
 
-int advance(const QFont& font, const QString& text) {
+int advance(const QFont& font, const QString& text)
+{
     return text.isEmpty() ? 0 : QFontMetrics(font).horizontalAdvance(text);
 }
 
-/// Takes up to @p overflow pixels from @p width, leaving it at least @p least. Answers what is still too much.
-int shrink(int& width, int least, int overflow) {
+/// Takes up to @p overflow pixels from @p width, leaving it at least @p least. Answers what is still too
+/// much.
+int shrink(int& width, int least, int overflow)
+{
     const int taken = std::clamp(width - least, 0, std::max(overflow, 0));
     width -= taken;
     return overflow - taken;
@@ -42,7 +45,8 @@ int shrink(int& width, int least, int overflow) {
 
 } // namespace
 
-void paintRowGround(QPainter& painter, const QRect& area, const RowState& state, int leading) {
+void paintRowGround(QPainter& painter, const QRect& area, const RowState& state, int leading)
+{
     const QRectF highlight = QRectF(area).adjusted(6, 2, -6, -3);
     if (state.isSelected || state.isHovered) {
         const ColorRole fill = state.isSelected ? ColorRole::listSelection : ColorRole::hover;
@@ -62,16 +66,19 @@ ConversationRowPainter::ConversationRowPainter()
     , m_textFont(Theme::font(TextRole::callout))
     , m_typingFont(m_textFont)
     , m_captionFont(Theme::font(TextRole::caption))
-    , m_microFont(Theme::font(TextRole::micro)) {
+    , m_microFont(Theme::font(TextRole::micro))
+{
     m_typingFont.setItalic(true);
     m_nameLine = std::max(nameLineHeight, QFontMetrics(m_nameFont).height());
     m_textLine = std::max(textLineHeight, QFontMetrics(m_textFont).height());
-    m_badgeLine = std::max({badgeLineHeight, QFontMetrics(m_captionFont).height(), Tag::sizeFor({}).height()});
+    m_badgeLine =
+        std::max({badgeLineHeight, QFontMetrics(m_captionFont).height(), Tag::sizeFor({}).height()});
     m_height = 2 * verticalPadding + m_nameLine + m_textLine + Spacing::xSmall + m_badgeLine;
 }
 
 void ConversationRowPainter::paint(QPainter& painter, const QRect& area, const ConversationRow& row,
-                                   const RowState& state, Instant now) const {
+                                   const RowState& state, Instant now) const
+{
     paintRowGround(painter, area, state, leadingPadding);
     const auto lineAt = [&area](int y, int height) {
         return QRect(area.left() + leadingPadding, area.top() + y,
@@ -89,7 +96,8 @@ void ConversationRowPainter::paint(QPainter& painter, const QRect& area, const C
 
 void ConversationRowPainter::paintFirstLine(QPainter& painter, const QRect& area, const QRect& line,
                                             const ConversationRow& row, const RowState& state,
-                                            Instant now) const {
+                                            Instant now) const
+{
     const auto place = [&](int x, int width) {
         return QStyle::visualRect(state.direction, area, QRect(x, line.top(), width, line.height()));
     };
@@ -119,7 +127,8 @@ void ConversationRowPainter::paintFirstLine(QPainter& painter, const QRect& area
 }
 
 void ConversationRowPainter::paintBadges(QPainter& painter, const QRect& area, const QRect& line,
-                                         const ConversationRow& row, const RowState& state) const {
+                                         const ConversationRow& row, const RowState& state) const
+{
     const QString product = rowText(row.productName);
     const QString caption = rowText(row.viewingCaption);
     const QString snoozed =

@@ -7,7 +7,8 @@
 
 namespace orvia {
 
-void RowListView::setModel(QAbstractItemModel* newModel) {
+void RowListView::setModel(QAbstractItemModel* newModel)
+{
     if (model())
         disconnect(model(), &QAbstractItemModel::rowsMoved, this, &RowListView::tellMoved);
     VirtualListView::setModel(newModel);
@@ -15,7 +16,8 @@ void RowListView::setModel(QAbstractItemModel* newModel) {
         connect(newModel, &QAbstractItemModel::rowsMoved, this, &RowListView::tellMoved);
 }
 
-void RowListView::keepPlace() {
+void RowListView::keepPlace()
+{
     m_keptRows.clear();
     if (verticalScrollBar()->value() == 0)
         return;
@@ -24,7 +26,8 @@ void RowListView::keepPlace() {
         m_keptRows.push_back({model()->index(row, modelColumn(), rootIndex()), row});
 }
 
-void RowListView::restorePlace() {
+void RowListView::restorePlace()
+{
     // A row that got a message jumps; the others all shift alike, by how many came or went above them.
     std::optional<int> shift;
     for (const KeptRow& kept : m_keptRows) {
@@ -41,21 +44,24 @@ void RowListView::restorePlace() {
     verticalScrollBar()->setValue(verticalScrollBar()->value() + *shift * rowHeight());
 }
 
-bool RowListView::viewportEvent(QEvent* event) {
+bool RowListView::viewportEvent(QEvent* event)
+{
     const QModelIndex before = hoveredIndex();
     const bool handled = VirtualListView::viewportEvent(event);
     repaintHoverFrom(before);
     return handled;
 }
 
-void RowListView::scrollContentsBy(int dx, int dy) {
+void RowListView::scrollContentsBy(int dx, int dy)
+{
     const QModelIndex before = hoveredIndex();
     VirtualListView::scrollContentsBy(dx, dy);
     repaintHoverFrom(before);
 }
 
 /// The row above a highlighted one paints its separator, or does not.
-void RowListView::repaintHoverFrom(const QModelIndex& before) {
+void RowListView::repaintHoverFrom(const QModelIndex& before)
+{
     const QModelIndex after = hoveredIndex();
     if (after == before)
         return;
@@ -65,14 +71,16 @@ void RowListView::repaintHoverFrom(const QModelIndex& before) {
     }
 }
 
-void RowListView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+void RowListView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected)
+{
     VirtualListView::selectionChanged(selected, deselected);
     viewport()->update();
 }
 
-/// Qt tells assistive tools of rows that come and go, but not of those that move; left alone, its table of the
-/// rows in use would name one by another's text.
-void RowListView::tellMoved(const QModelIndex&, int start, int end, const QModelIndex&, int row) {
+/// Qt tells assistive tools of rows that come and go, but not of those that move; left alone, its table of
+/// the rows in use would name one by another's text.
+void RowListView::tellMoved(const QModelIndex&, int start, int end, const QModelIndex&, int row)
+{
     if (!QAccessible::isActive())
         return;
     const auto tell = [this](QAccessibleTableModelChangeEvent::ModelChangeType type, int first, int last) {

@@ -11,7 +11,8 @@ constexpr qsizetype longestRowText = 600;
 
 } // namespace
 
-QString rowText(const QString& text) {
+QString rowText(const QString& text)
+{
     if (text.size() <= longestRowText)
         return text.simplified();
     const QString head = text.left(longestRowText);
@@ -23,7 +24,8 @@ QString rowText(const QString& text) {
 }
 
 int paintRowText(QPainter& painter, const QRect& area, const QString& text, const QFont& font,
-                 const QColor& color, Qt::LayoutDirection direction) {
+                 const QColor& color, Qt::LayoutDirection direction)
+{
     if (text.isEmpty() || area.width() <= 0)
         return 0;
     const QFontMetrics metrics(font);
@@ -33,8 +35,10 @@ int paintRowText(QPainter& painter, const QRect& area, const QString& text, cons
     painter.setPen(color);
     painter.setLayoutDirection(shown.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     const Qt::Alignment leading = direction == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
-    painter.drawText(area, static_cast<int>(leading | Qt::AlignAbsolute | Qt::AlignVCenter) |
-                               Qt::TextSingleLine | Qt::TextDontClip, shown);
+    painter.drawText(area,
+                     static_cast<int>(leading | Qt::AlignAbsolute | Qt::AlignVCenter) | Qt::TextSingleLine
+                         | Qt::TextDontClip,
+                     shown);
     return width;
 }
 

@@ -25,7 +25,8 @@ constexpr int tagLineHeight = 18;
 
 SearchResultButton::SearchResultButton(SearchResultRow row, TimeTick& tick, QWidget* parent)
     : QAbstractButton(parent)
-    , m_tick(tick) {
+    , m_tick(tick)
+{
     QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
@@ -37,7 +38,8 @@ SearchResultButton::SearchResultButton(SearchResultRow row, TimeTick& tick, QWid
     setRow(std::move(row));
 }
 
-void SearchResultButton::setRow(SearchResultRow row) {
+void SearchResultButton::setRow(SearchResultRow row)
+{
     m_row = std::move(row);
     m_snippet.reset();
     setAccessibleName(m_row.accessibleText(m_tick.now()));
@@ -45,30 +47,35 @@ void SearchResultButton::setRow(SearchResultRow row) {
     update();
 }
 
-void SearchResultButton::followTheme() {
+void SearchResultButton::followTheme()
+{
     m_firstLine = std::max(firstLineHeight, QFontMetrics(Theme::font(TextRole::bodyStrong)).height());
     m_tagLine = std::max(tagLineHeight, Tag::sizeFor({}).height());
     m_snippet.reset();
     updateGeometry();
 }
 
-const SnippetLayout& SearchResultButton::snippet(int width) const {
+const SnippetLayout& SearchResultButton::snippet(int width) const
+{
     const int textWidth = std::max(width - 2 * sidePadding, 1);
     if (!m_snippet || m_snippet->width() != textWidth)
         m_snippet = std::make_unique<SnippetLayout>(m_row.snippet, m_row.query, textWidth, layoutDirection());
     return *m_snippet;
 }
 
-int SearchResultButton::heightForWidth(int width) const {
+int SearchResultButton::heightForWidth(int width) const
+{
     const int tagPart = m_row.productName.isEmpty() ? 0 : Spacing::xSmall + m_tagLine;
     return topPadding + m_firstLine + snippet(width).height() + tagPart + bottomPadding;
 }
 
-QSize SearchResultButton::sizeHint() const {
+QSize SearchResultButton::sizeHint() const
+{
     return {320, heightForWidth(width())};
 }
 
-bool SearchResultButton::event(QEvent* event) {
+bool SearchResultButton::event(QEvent* event)
+{
     const bool handled = QAbstractButton::event(event);
     if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverLeave) {
         update();
@@ -77,7 +84,8 @@ bool SearchResultButton::event(QEvent* event) {
     return handled;
 }
 
-void SearchResultButton::keyPressEvent(QKeyEvent* event) {
+void SearchResultButton::keyPressEvent(QKeyEvent* event)
+{
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         click();
     else if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down)
@@ -86,7 +94,8 @@ void SearchResultButton::keyPressEvent(QKeyEvent* event) {
         QAbstractButton::keyPressEvent(event);
 }
 
-void SearchResultButton::focusInEvent(QFocusEvent* event) {
+void SearchResultButton::focusInEvent(QFocusEvent* event)
+{
     if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason)
         m_showsFocus = FocusRing::showsFor(event->reason());
     QAbstractButton::focusInEvent(event);
@@ -94,17 +103,20 @@ void SearchResultButton::focusInEvent(QFocusEvent* event) {
     Q_EMIT focused();
 }
 
-void SearchResultButton::focusOutEvent(QFocusEvent* event) {
+void SearchResultButton::focusOutEvent(QFocusEvent* event)
+{
     QAbstractButton::focusOutEvent(event);
     update();
 }
 
-bool SearchResultButton::isAboveHighlight() const {
+bool SearchResultButton::isAboveHighlight() const
+{
     const QWidget* below = parentWidget() ? parentWidget()->childAt(x(), geometry().bottom() + 1) : nullptr;
     return below && below->underMouse();
 }
 
-void SearchResultButton::paintEvent(QPaintEvent*) {
+void SearchResultButton::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     RowState state;
     state.isHovered = underMouse() || isDown();
@@ -128,7 +140,8 @@ void SearchResultButton::paintEvent(QPaintEvent*) {
     m_tick.request(m_row.lastMessageAt);
 }
 
-void SearchResultButton::paintFirstLine(QPainter& painter, const QRect& line) const {
+void SearchResultButton::paintFirstLine(QPainter& painter, const QRect& line) const
+{
     const QFont timeFont = Theme::font(TextRole::caption);
     const QString time = m_row.time(m_tick.now());
     const int timeWidth = QFontMetrics(timeFont).horizontalAdvance(time);

@@ -9,7 +9,8 @@ namespace orvia {
 
 using namespace Qt::StringLiterals;
 
-SearchResultRow SearchResultRow::of(const Session& session, const SearchResult& result) {
+SearchResultRow SearchResultRow::of(const Session& session, const SearchResult& result)
+{
     SearchResultRow row;
     const QString& name = result.conversation.visitor.name;
     row.name = name.isEmpty() ? QCoreApplication::translate("ConversationListView", "Visitor") : name;
@@ -21,11 +22,13 @@ SearchResultRow SearchResultRow::of(const Session& session, const SearchResult& 
     return row;
 }
 
-QString SearchResultRow::time(Instant now) const {
+QString SearchResultRow::time(Instant now) const
+{
     return lastMessageAt ? relativeTime(*lastMessageAt, now) : QString();
 }
 
-QString SearchResultRow::accessibleText(Instant now) const {
+QString SearchResultRow::accessibleText(Instant now) const
+{
     QStringList parts{name, time(now), snippet, productName};
     parts.removeAll(QString());
     return parts.join(", "_L1);

@@ -22,9 +22,13 @@ public:
 
 class AccessibleHitList : public QAccessibleWidget {
 public:
-    explicit AccessibleHitList(QWidget* widget) : QAccessibleWidget(widget, QAccessible::List) {}
+    explicit AccessibleHitList(QWidget* widget)
+        : QAccessibleWidget(widget, QAccessible::List)
+    {
+    }
 
-    static QAccessibleInterface* make(const QString&, QObject* object) {
+    static QAccessibleInterface* make(const QString&, QObject* object)
+    {
         auto* list = qobject_cast<HitList*>(object);
         return list ? new AccessibleHitList(list) : nullptr;
     }
@@ -35,7 +39,8 @@ public:
 SearchResultsList::SearchResultsList(Session& session, TimeTick& tick, QWidget* parent)
     : ScrollArea(parent)
     , m_session(session)
-    , m_tick(tick) {
+    , m_tick(tick)
+{
     static const bool isKnown = (QAccessible::installFactory(AccessibleHitList::make), true);
     Q_UNUSED(isKnown)
     m_contents = new HitList;
@@ -54,7 +59,8 @@ SearchResultsList::SearchResultsList(Session& session, TimeTick& tick, QWidget* 
     rebuild();
 }
 
-void SearchResultsList::rebuild() {
+void SearchResultsList::rebuild()
+{
     for (SearchResultButton* row : std::exchange(m_rows, {})) {
         row->hide();
         row->deleteLater();
@@ -80,28 +86,33 @@ void SearchResultsList::rebuild() {
     verticalScrollBar()->setValue(0);
 }
 
-void SearchResultsList::updateRows() {
+void SearchResultsList::updateRows()
+{
     const auto& results = m_session.searchResults();
     for (std::size_t number = 0; number < std::min(m_rows.size(), results.size()); ++number)
         m_rows[number]->setRow(SearchResultRow::of(m_session, results[number]));
 }
 
-void SearchResultsList::setTabStop(SearchResultButton* tabStop) {
+void SearchResultsList::setTabStop(SearchResultButton* tabStop)
+{
     for (SearchResultButton* row : m_rows)
         row->setFocusPolicy(row == tabStop ? Qt::StrongFocus : Qt::ClickFocus);
 }
 
-void SearchResultsList::focusFirst() {
+void SearchResultsList::focusFirst()
+{
     focusRow(0);
 }
 
-qsizetype SearchResultsList::focusedRow() const {
+qsizetype SearchResultsList::focusedRow() const
+{
     const auto found =
         std::find_if(m_rows.begin(), m_rows.end(), [](const QWidget* row) { return row->hasFocus(); });
     return found == m_rows.end() ? -1 : found - m_rows.begin();
 }
 
-void SearchResultsList::focusRow(qsizetype number) {
+void SearchResultsList::focusRow(qsizetype number)
+{
     if (m_rows.empty())
         return;
     const auto last = static_cast<qsizetype>(m_rows.size()) - 1;
@@ -110,7 +121,8 @@ void SearchResultsList::focusRow(qsizetype number) {
     ensureWidgetVisible(row, 0, 0);
 }
 
-void SearchResultsList::keyPressEvent(QKeyEvent* event) {
+void SearchResultsList::keyPressEvent(QKeyEvent* event)
+{
     constexpr qsizetype pageRows = 5;
     switch (event->key()) {
     case Qt::Key_Up:

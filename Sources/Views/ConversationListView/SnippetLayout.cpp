@@ -21,7 +21,8 @@ constexpr QChar ellipsis(0x2026);
 SnippetLayout::SnippetLayout(const QString& snippet, const QString& query, int width,
                              Qt::LayoutDirection direction)
     : m_width(std::max(width, 1))
-    , m_lineHeight(Theme::lineHeight(TextRole::callout)) {
+    , m_lineHeight(Theme::lineHeight(TextRole::callout))
+{
     const QString text = rowText(snippet);
     m_hits = ListRules::highlighted(text, rowText(query));
     const QFont font = Theme::font(TextRole::callout);
@@ -36,7 +37,8 @@ SnippetLayout::SnippetLayout(const QString& snippet, const QString& query, int w
         elide(text);
 }
 
-bool SnippetLayout::fits(const QString& text) {
+bool SnippetLayout::fits(const QString& text)
+{
     m_layout.setText(text);
     setFormats(text.size());
     m_layout.beginLayout();
@@ -55,7 +57,8 @@ bool SnippetLayout::fits(const QString& text) {
 }
 
 /// Looks for the longest beginning of @p text that leaves room for the ellipsis.
-void SnippetLayout::elide(const QString& text) {
+void SnippetLayout::elide(const QString& text)
+{
     const QTextLine last = m_layout.lineAt(m_layout.lineCount() - 1);
     qsizetype shortEnough = last.textStart();
     // Part of the next word may fit where the whole word did not.
@@ -73,7 +76,8 @@ void SnippetLayout::elide(const QString& text) {
     fits(elided(shortEnough));
 }
 
-void SnippetLayout::setFormats(qsizetype length) {
+void SnippetLayout::setFormats(qsizetype length)
+{
     QTextCharFormat hitFormat;
     hitFormat.setForeground(Theme::color(ColorRole::accentFlame));
     hitFormat.setFontWeight(QFont::DemiBold);
@@ -87,13 +91,15 @@ void SnippetLayout::setFormats(qsizetype length) {
     m_layout.setFormats(formats);
 }
 
-void SnippetLayout::paint(QPainter& painter, const QPointF& topLeft) const {
+void SnippetLayout::paint(QPainter& painter, const QPointF& topLeft) const
+{
     paintTiles(painter, topLeft);
     painter.setPen(Theme::color(ColorRole::textSecondary));
     m_layout.draw(&painter, topLeft);
 }
 
-void SnippetLayout::paintTiles(QPainter& painter, const QPointF& topLeft) const {
+void SnippetLayout::paintTiles(QPainter& painter, const QPointF& topLeft) const
+{
     const QColor fill = Theme::color(ColorRole::highlightFill);
     if (fill.alpha() == 0)
         return;
@@ -106,8 +112,9 @@ void SnippetLayout::paintTiles(QPainter& painter, const QPointF& topLeft) const 
                 continue;
             const qreal left = line.cursorToX(start);
             const qreal right = line.cursorToX(end);
-            const QRectF tile(topLeft.x() + std::min(left, right) - 1, topLeft.y() + number * m_lineHeight + 1,
-                              std::abs(right - left) + 2, m_lineHeight - 2);
+            const QRectF tile(topLeft.x() + std::min(left, right) - 1,
+                              topLeft.y() + number * m_lineHeight + 1, std::abs(right - left) + 2,
+                              m_lineHeight - 2);
             PaintShapes::fillRounded(painter, tile, Radius::hit, fill);
         }
     }

@@ -2,12 +2,14 @@
 
 namespace orvia {
 
-void SnoozeExpiries::clear() {
+void SnoozeExpiries::clear()
+{
     m_order.clear();
     m_ends.clear();
 }
 
-void SnoozeExpiries::set(qsizetype position, std::optional<Instant> until, Instant now) {
+void SnoozeExpiries::set(qsizetype position, std::optional<Instant> until, Instant now)
+{
     const auto known = m_ends.find(position);
     if (known != m_ends.end()) {
         if (until == known->second)
@@ -21,11 +23,13 @@ void SnoozeExpiries::set(qsizetype position, std::optional<Instant> until, Insta
     }
 }
 
-std::optional<Instant> SnoozeExpiries::next() const {
+std::optional<Instant> SnoozeExpiries::next() const
+{
     return m_order.empty() ? std::nullopt : std::optional(m_order.begin()->first);
 }
 
-std::vector<qsizetype> SnoozeExpiries::takeExpired(Instant now) {
+std::vector<qsizetype> SnoozeExpiries::takeExpired(Instant now)
+{
     std::vector<qsizetype> expired;
     while (!m_order.empty() && m_order.begin()->first <= now) {
         expired.push_back(m_order.begin()->second);

@@ -16,12 +16,14 @@ constexpr std::chrono::milliseconds longestWait = 1h;
 TimeTick::TimeTick(Clock now, std::chrono::milliseconds leastSpacing, QObject* parent)
     : QObject(parent)
     , m_now(std::move(now))
-    , m_leastSpacing(leastSpacing) {
+    , m_leastSpacing(leastSpacing)
+{
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &TimeTick::fire);
 }
 
-void TimeTick::request(const std::optional<Instant>& then) {
+void TimeTick::request(const std::optional<Instant>& then)
+{
     if (!then)
         return;
     const Instant instant = m_now();
@@ -35,7 +37,8 @@ void TimeTick::request(const std::optional<Instant>& then) {
     m_timer.start(std::max<std::chrono::milliseconds>(due - instant, 1ms));
 }
 
-void TimeTick::fire() {
+void TimeTick::fire()
+{
     m_due.reset();
     m_last = m_now();
     Q_EMIT ticked();

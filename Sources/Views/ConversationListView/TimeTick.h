@@ -23,7 +23,8 @@ public:
                       QObject* parent = nullptr);
 
     Instant now() const { return m_now(); }
-    /// Asks for a tick when the words for @p then, as seen from now, are no longer true. None for an absent one.
+    /// Asks for a tick when the words for @p then, as seen from now, are no longer true. None for an absent
+    /// one.
     void request(const std::optional<Instant>& then);
     /// When the next tick is due; none while nobody asked.
     std::optional<Instant> due() const { return m_due; }
