@@ -8,13 +8,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString translated(const char* text) {
+QString translated(const char* text)
+{
     return QCoreApplication::translate("ConversationListView", text);
 }
 
 } // namespace
 
-std::optional<QString> viewingCaption(const std::vector<ViewerAgent>& viewers) {
+std::optional<QString> viewingCaption(const std::vector<ViewerAgent>& viewers)
+{
     QStringList names;
     for (const ViewerAgent& viewer : viewers) {
         if (!viewer.name.isEmpty())
@@ -25,7 +27,8 @@ std::optional<QString> viewingCaption(const std::vector<ViewerAgent>& viewers) {
     return translated("%1 viewing").arg(names.size() == 1 ? names.first() : QString::number(names.size()));
 }
 
-QString emptyTitle(InboxQueue queue, ConversationStatus status) {
+QString emptyTitle(InboxQueue queue, ConversationStatus status)
+{
     switch (queue) {
     case InboxQueue::mine:
         return translated("Nothing Assigned to You");
@@ -38,7 +41,8 @@ QString emptyTitle(InboxQueue queue, ConversationStatus status) {
                                                 : translated("No Open Conversations");
 }
 
-std::vector<UnicodeText::Range> highlighted(const QString& snippet, const QString& query) {
+std::vector<UnicodeText::Range> highlighted(const QString& snippet, const QString& query)
+{
     return UnicodeText::occurrences(snippet, query);
 }
 
