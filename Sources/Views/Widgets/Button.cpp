@@ -241,6 +241,13 @@ void IconButton::setColor(ColorRole color)
     update();
 }
 
+void IconButton::setCheckedColors(ColorRole tile, ColorRole symbol)
+{
+    m_checkedTile = tile;
+    m_checkedSymbol = symbol;
+    update();
+}
+
 void IconButton::setButtonSize(const QSize& size)
 {
     m_size = size;
@@ -251,15 +258,18 @@ void IconButton::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     const bool live = isEnabled() && !isBusy();
-    if (live && (isDown() || isChecked()))
+    if (live && isChecked())
+        PaintShapes::fillRounded(painter, rect(), Radius::button, Theme::color(m_checkedTile));
+    else if (live && isDown())
         PaintShapes::fillRounded(painter, rect(), Radius::button, Theme::color(ColorRole::pressed));
     else if (live && underMouse())
         PaintShapes::fillRounded(painter, rect(), Radius::button, Theme::color(ColorRole::hover));
     if (isBusy())
         return;
-    const ColorRole color = !isEnabled()              ? ColorRole::textDisabled
-                            : isDown() || isChecked() ? ColorRole::textPrimary
-                                                      : m_color;
+    const ColorRole color = !isEnabled()  ? ColorRole::textDisabled
+                            : isChecked() ? m_checkedSymbol
+                            : isDown()    ? ColorRole::textPrimary
+                                          : m_color;
     Theme::drawIcon(painter, rect(), m_iconName, m_iconSize, color);
 }
 

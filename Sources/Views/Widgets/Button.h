@@ -81,6 +81,8 @@ public:
     void setIconName(const QString& iconName);
     void setHelpText(const QString& helpText);
     void setColor(ColorRole color);
+    /// What a checked button shows: the tile behind the symbol, and the symbol on it.
+    void setCheckedColors(ColorRole tile, ColorRole symbol);
     /// Size of the button, 30 x 30 unless told otherwise.
     void setButtonSize(const QSize& size);
 
@@ -95,6 +97,8 @@ private:
     QString m_iconName;
     int m_iconSize;
     ColorRole m_color;
+    ColorRole m_checkedTile = ColorRole::pressed;
+    ColorRole m_checkedSymbol = ColorRole::textPrimary;
     QSize m_size{Metric::iconButton, Metric::iconButton};
 };
 

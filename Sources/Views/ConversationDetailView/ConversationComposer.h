@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Models/Agent.h"
+#include "Models/Product.h"
+
+#include <QCoro/QCoroTask>
+#include <QPointer>
+#include <QUrl>
+#include <QWidget>
+
+#include <functional>
+#include <vector>
+
+namespace orvia {
+
+class CannedSuggestionList;
+class MentionSuggestionList;
+class MessageComposer;
+class Session;
+
+/// Asks for one file of any kind and hands its location over; nothing when the agent cancels.
+using FilePicker = std::function<void(QWidget* parent, std::function<void(const QUrl&)> picked)>;
+
+/// The desktop's own file picker.
+FilePicker systemFilePicker();
+
+/// The bottom of the conversation view: the draft of a reply or an internal note, its suggestions, sending,
+/// the typing signal, and the upload of an attachment. The draft lives as long as this widget.
+class ConversationComposer : public QWidget {
+    Q_OBJECT
+
+public:
+    ConversationComposer(Session& session, QString conversationId, QWidget* parent = nullptr);
+
+    /// The canned responses to offer.
+    void setCanned(std::vector<CannedResponse> canned);
+    void setFilePicker(FilePicker picker) { m_filePicker = std::move(picker); }
+
+    MessageComposer* messageComposer() const { return m_composer; }
+    bool isUploading() const;
+    void focusField();
+
+    /// Inserts the first suggestion on show, or sends the draft.
+    void send();
+    /// Uploads the file at @p fileURL as a reply, or as a note in note mode.
+    void upload(const QUrl& fileURL);
+
+private:
+    std::vector<Agent> mentionMatches() const;
+    std::vector<CannedResponse> cannedMatches() const;
+    void updateSuggestions();
+    void insertMention(const Agent& agent);
+    void insertCanned(const CannedResponse& response);
+    void textChanged(const QString& text);
+    void noteChanged(bool isNote);
+    void pickFile();
+    QCoro::Task<void> sendDraft(QString body, bool note, QStringList mentions);
+    QCoro::Task<void> uploadFile(QString name, QString mimeType, QByteArray bytes, bool note);
+
+    Session& m_session;
+    const QString m_conversationId;
+    FilePicker m_filePicker = systemFilePicker();
+    std::vector<CannedResponse> m_canned;
+    std::vector<Agent> m_pickedMentions;
+    QWidget* m_suggestions;
+    MentionSuggestionList* m_mentions;
+    CannedSuggestionList* m_cannedSuggestions;
+    MessageComposer* m_composer;
+};
+
+} // namespace orvia
