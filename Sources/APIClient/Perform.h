@@ -50,10 +50,14 @@ template <class Response>
 QCoro::Task<Response> decodedAnswer(QByteArray body)
 {
     std::optional<Response> response;
-    if (body.size() < workerThreshold)
+    if (body.size() < workerThreshold) {
         response = decoded<Response>(body);
-    else
-        response = co_await QtConcurrent::run([body] { return decoded<Response>(body); });
+    } else {
+        // Named before it is awaited: GCC 12 destroys a closure made within the awaited expression twice.
+        const QFuture<std::optional<Response>> decoding =
+            QtConcurrent::run([body] { return decoded<Response>(body); });
+        response = co_await decoding;
+    }
     if (!response)
         throw APIError(QStringLiteral("Could not decode server response"));
     co_return std::move(*response);
