@@ -15,7 +15,8 @@ APIClient::APIClient(QUrl base, std::optional<QString> bearer, NetworkSession* s
 
 namespace api {
 
-QUrl endpointURL(const QUrl& baseURL, const QString& path, const std::vector<std::pair<QString, QString>>& query)
+QUrl endpointURL(const QUrl& baseURL, const QString& path,
+                 const std::vector<std::pair<QString, QString>>& query)
 {
     if (baseURL.isEmpty() || !baseURL.isValid())
         throw APIError(u"Invalid server URL"_s);

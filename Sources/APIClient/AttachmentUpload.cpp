@@ -31,9 +31,10 @@ QCoro::Task<Message> APIClient::uploadAttachment(QString conversationId, QString
                                                  QByteArray data, bool note) const
 {
     const QByteArray boundary = "orvia-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper();
-    auto response = co_await perform<MessageResponse>(
-        "POST", "/v1/agent/conversations/"_L1 + conversationId + "/attachments"_L1, {},
-        multipartBody(boundary, fileName, mimeType, data, note), "multipart/form-data; boundary=" + boundary);
+    const QString path = "/v1/agent/conversations/"_L1 + conversationId + "/attachments"_L1;
+    QByteArray body = multipartBody(boundary, fileName, mimeType, data, note);
+    auto response = co_await perform<MessageResponse>("POST", path, Query(), std::move(body),
+                                                      "multipart/form-data; boundary=" + boundary);
     co_return std::move(response.message);
 }
 

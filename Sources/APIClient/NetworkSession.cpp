@@ -12,15 +12,23 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// Whether the reply carries an HTTP response in full. Qt reports a status outside 200–299 as an error too,
-/// and a redirect that leaves the origin as the response that it is, not followed.
+/// and a redirect that must not be followed as one of the address that it names.
 bool isHTTPResponse(const QNetworkReply& reply)
 {
     const QNetworkReply::NetworkError error = reply.error();
-    const bool statusError = error >= QNetworkReply::ContentAccessDenied && error != QNetworkReply::ProtocolFailure
-        && error != QNetworkReply::ProtocolUnknownError && error != QNetworkReply::ProtocolInvalidOperationError;
-    const bool refused = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid()
-        && (error == QNetworkReply::ProtocolInvalidOperationError || error == QNetworkReply::InsecureRedirectError);
-    return error == QNetworkReply::NoError || statusError || refused;
+    switch (error) {
+    case QNetworkReply::NoError:
+        return true;
+    case QNetworkReply::ProxyAuthenticationRequiredError:
+    case QNetworkReply::InsecureRedirectError:
+    case QNetworkReply::ProtocolUnknownError:
+    case QNetworkReply::ProtocolInvalidOperationError:
+        return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+    case QNetworkReply::ProtocolFailure:
+        return false;
+    default:
+        return error >= QNetworkReply::ContentAccessDenied;
+    }
 }
 
 } // namespace

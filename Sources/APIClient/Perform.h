@@ -23,7 +23,8 @@ struct ServerError {
 
 /// The URL of @p path under the origin: the origin's own path is dropped, its query survives an empty
 /// @p query. Throws APIError when the origin is not a URL.
-QUrl endpointURL(const QUrl& baseURL, const QString& path, const std::vector<std::pair<QString, QString>>& query);
+QUrl endpointURL(const QUrl& baseURL, const QString& path,
+                 const std::vector<std::pair<QString, QString>>& query);
 
 QNetworkRequest request(const QUrl& url, const std::optional<QString>& token,
                         const std::optional<QByteArray>& contentType);
@@ -44,6 +45,24 @@ std::optional<Response> decoded(const QByteArray& body)
     }
 }
 
+/// The record in the body of a successful answer; fails with APIError when it is none.
+template <class Response>
+QCoro::Task<Response> decodedAnswer(QByteArray body)
+{
+    std::optional<Response> response;
+    if (body.size() < workerThreshold) {
+        response = decoded<Response>(body);
+    } else {
+        // Named before it is awaited: GCC 12 destroys a closure made within the awaited expression twice.
+        const QFuture<std::optional<Response>> decoding =
+            QtConcurrent::run([body] { return decoded<Response>(body); });
+        response = co_await decoding;
+    }
+    if (!response)
+        throw APIError(QStringLiteral("Could not decode server response"));
+    co_return std::move(*response);
+}
+
 } // namespace api
 
 template <class Response>
@@ -57,16 +76,9 @@ QCoro::Task<Response> APIClient::perform(QByteArray method, QString path, Query 
         throw APIError(QStringLiteral("Network error: ") + QStringLiteral("Operation canceled"));
     // Nothing of this client is touched from here on: it may be gone.
     const NetworkSession::Answer answer = co_await urlSession->perform(request, method, std::move(bodyData));
-    const QByteArray body = api::successfulBody(answer);
-
-    std::optional<Response> response;
-    if (body.size() < api::workerThreshold)
-        response = api::decoded<Response>(body);
-    else
-        response = co_await QtConcurrent::run([body] { return api::decoded<Response>(body); });
-    if (!response)
-        throw APIError(QStringLiteral("Could not decode server response"));
-    co_return std::move(*response);
+    QByteArray body = api::successfulBody(answer);
+    auto response = co_await api::decodedAnswer<Response>(std::move(body));
+    co_return response;
 }
 
 template <class Response, class Body>

@@ -1,1 +1,259 @@
 #include "ClientFixture.h"
+
+#include "APIClient/Perform.h"
+
+#include <QThread>
+
+#include <atomic>
+
+namespace orvia::test {
+
+/// Counts on which thread it is decoded; any document is one.
+struct ThreadProbe {
+    static inline std::atomic<int> onMainThread = 0;
+    static inline std::atomic<int> onWorkers = 0;
+};
+
+bool readValue(const json::Element&, ThreadProbe&, json::Failure&)
+{
+    const bool isMain = QThread::currentThread() == QCoreApplication::instance()->thread();
+    ++(isMain ? ThreadProbe::onMainThread : ThreadProbe::onWorkers);
+    return true;
+}
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::IsEmpty;
+
+class Request : public ClientFixture {
+protected:
+    /// The outcome of an operation whose answer nobody reads, when the service gives @p answer.
+    Outcome<void> outcomeOf(ScriptedAnswer answer)
+    {
+        service.answer("POST", "/v1/agent/conversations/c1/mute", std::move(answer));
+        return runTask(client().setMuted(u"c1"_s, true));
+    }
+
+    Outcome<void> outcomeAt(const QUrl& baseURL)
+    {
+        return runTask(APIClient(baseURL, u"t0k3n"_s, &session).setMuted(u"c1"_s, true));
+    }
+};
+
+TEST_F(Request, DropsThePathOfTheOriginAndKeepsItsQuery)
+{
+    service.always("GET", "/v1/agent/me",
+                   ScriptedAnswer::json(QByteArray("{\"products\":[],\"agent\":") + agentJSON + '}'));
+    service.always("GET", "/v1/agent/search", ScriptedAnswer::json("{\"results\":[]}"));
+    const QUrl origin(service.url().toString() + u"/base/path?tenant=1"_s);
+    runTask(APIClient(origin, {}, &session).me());
+    runTask(APIClient(origin, {}, &session).search(u"x"_s, 5));
+    ASSERT_EQ(service.requests().size(), 2U);
+    EXPECT_EQ(service.requests().at(0).target, "/v1/agent/me?tenant=1");
+    EXPECT_EQ(service.requests().at(1).target, "/v1/agent/search?q=x&limit=5");
+    EXPECT_EQ(service.requests().at(0).header("Authorization"), std::nullopt) << "nobody has signed in";
+}
+
+TEST_F(Request, EncodesWhatAnIdentifierMustNotSayInAPath)
+{
+    service.answer("GET", "/v1/agent/conversations/a%3Fb%23%C3%A9%20%25",
+                   ScriptedAnswer::json("{\"error\":\"none\"}", 404));
+    EXPECT_EQ(runTask(client().conversationDetail(u"a?b#é %"_s)).error, APIError(u"none"_s, 404));
+}
+
+TEST_F(Request, FailsWithoutAURL)
+{
+    for (const QUrl& broken : {QUrl(), QUrl(u"http://h:port"_s)})
+        EXPECT_EQ(outcomeAt(broken).error, APIError(u"Invalid server URL"_s));
+}
+
+TEST_F(Request, TellsTheFailuresThatTheServiceReports)
+{
+    const auto page = [](int status) {
+        ScriptedAnswer answer;
+        answer.status = status;
+        answer.headers = {{"Content-Type", "text/html"}};
+        answer.body = "<html>Bad gateway</html>";
+        return answer;
+    };
+    const std::pair<ScriptedAnswer, APIError> cases[] = {
+        {ScriptedAnswer::json(R"({"error":"No such “conversation”","code":7})", 404),
+         APIError(u"No such “conversation”"_s, 404)},
+        {ScriptedAnswer::json(R"({"error":""})", 400), APIError(QString(), 400)},
+        {ScriptedAnswer::json(R"({"error":7})", 400), APIError(u"Request failed (400)"_s, 400)},
+        {ScriptedAnswer::json(R"({"message":"x"})", 422), APIError(u"Request failed (422)"_s, 422)},
+        {ScriptedAnswer::json("", 401), APIError(u"Request failed (401)"_s, 401)},
+        {ScriptedAnswer::json(R"({"error":"expired"})", 401), APIError(u"expired"_s, 401)},
+        {ScriptedAnswer::json(R"({"error":"not yours"})", 403), APIError(u"not yours"_s, 403)},
+        {ScriptedAnswer::json(R"({"error":"down"})", 500), APIError(u"down"_s, 500)},
+        {ScriptedAnswer::json(R"({"error":"later"})", 503), APIError(u"later"_s, 503)},
+        {ScriptedAnswer::json(R"({"error":"teapot"})", 418), APIError(u"teapot"_s, 418)},
+        {ScriptedAnswer::json(R"({"error":"slow down"})", 429), APIError(u"slow down"_s, 429)},
+        {ScriptedAnswer::json(R"({"error":"proxy"})", 407), APIError(u"proxy"_s, 407)},
+        {page(502), APIError(u"Request failed (502)"_s, 502)},
+        {page(599), APIError(u"Request failed (599)"_s, 599)},
+        {ScriptedAnswer::json("{}", 304), APIError(u"Request failed (304)"_s, 304)},
+    };
+    for (const auto& [answer, error] : cases) {
+        SCOPED_TRACE(answer.status);
+        const auto outcome = outcomeOf(answer);
+        ASSERT_TRUE(outcome.error);
+        EXPECT_EQ(outcome.error->message, error.message);
+        EXPECT_EQ(outcome.error->status, error.status);
+    }
+}
+
+TEST_F(Request, AcceptsAnyDocumentWhereNobodyReadsTheAnswer)
+{
+    for (const char* body : {"17", "{}", "null", "\"x\"", " [1, 2] "})
+        EXPECT_EQ(outcomeOf(ScriptedAnswer::json(body)).errorMessage(), QString()) << body;
+    EXPECT_EQ(outcomeOf(ScriptedAnswer::json("{}", 299)).errorMessage(), QString());
+}
+
+TEST_F(Request, RejectsASuccessThatDoesNotDecode)
+{
+    const APIError undecodable(u"Could not decode server response"_s);
+    EXPECT_EQ(outcomeOf(ScriptedAnswer::json("")).error, undecodable);
+    EXPECT_EQ(outcomeOf(ScriptedAnswer::json("", 204)).error, undecodable);
+    EXPECT_EQ(outcomeOf(ScriptedAnswer::json("{} {}")).error, undecodable);
+    EXPECT_EQ(outcomeOf(ScriptedAnswer::json("<html>")).error, undecodable);
+
+    QByteArray conversation(conversationJSON);
+    conversation.replace("\"status\"", "\"createdAt\":\"yesterday\",\"status\"");
+    service.answer("POST", "/v1/agent/conversations/c1/close",
+                   ScriptedAnswer::json(wrapped("conversation", conversation)));
+    EXPECT_EQ(runTask(client().closeConversation(u"c1"_s)).error, undecodable);
+}
+
+TEST_F(Request, TellsTransportFailuresWithoutAStatus)
+{
+    const ScriptedAnswer cases[] = {
+        ScriptedAnswer::reset(),
+        ScriptedAnswer::truncated("{}", 10),
+        ScriptedAnswer::rawBytes("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\n{\"a\":"),
+        ScriptedAnswer::rawBytes("SSH-2.0-nothing here\r\n\r\n"),
+    };
+    int number = 0;
+    for (const ScriptedAnswer& answer : cases) {
+        SCOPED_TRACE(number++);
+        service.always("POST", "/v1/agent/conversations/c1/mute", answer);
+        const auto outcome = runTask(client().setMuted(u"c1"_s, true));
+        ASSERT_TRUE(outcome.error);
+        EXPECT_TRUE(outcome.error->message.startsWith(u"Network error: "_s)) << outcome.error->what();
+        EXPECT_EQ(outcome.error->status, std::nullopt);
+        EXPECT_FALSE(outcome.error->message.contains(u"t0k3n"_s));
+    }
+    service.pause();
+    const auto refused = outcomeAt(service.url());
+    EXPECT_TRUE(refused.errorMessage().startsWith(u"Network error: "_s))
+        << refused.errorMessage().toStdString();
+}
+
+TEST_F(Request, RefusesACertificateThatNobodyVouchesFor)
+{
+    ScriptedService secure(ScriptedService::Transport::selfSignedTLS);
+    const auto outcome = outcomeAt(secure.url());
+    EXPECT_TRUE(outcome.errorMessage().startsWith(u"Network error: "_s))
+        << outcome.errorMessage().toStdString();
+    EXPECT_THAT(secure.requests(), IsEmpty()) << "the token went to a server that nobody vouches for";
+}
+
+TEST_F(Request, GivesUpWithoutProgress)
+{
+    NetworkSession impatient(NetworkSession::Limits{.timeout = 50ms, .maxBodyBytes = 1024}, nullptr);
+    const ScriptedAnswer stalls[] = {
+        ScriptedAnswer::stall(),
+        ScriptedAnswer::rawBytes("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n{",
+                                 ScriptedAnswer::Ending::stall),
+    };
+    for (const ScriptedAnswer& stall : stalls) {
+        service.answer("GET", "/v1/agent/teammates", stall);
+        const auto outcome = runTask(APIClient(service.url(), {}, &impatient).teammates());
+        EXPECT_TRUE(outcome.errorMessage().startsWith(u"Network error: "_s))
+            << outcome.errorMessage().toStdString();
+    }
+}
+
+TEST_F(Request, BoundsTheSizeOfAnAnswer)
+{
+    NetworkSession small(NetworkSession::Limits{.timeout = 10s, .maxBodyBytes = 1000}, nullptr);
+    const auto outcomeOfSize = [&](qsizetype size) {
+        service.answer("POST", "/v1/agent/devices",
+                       ScriptedAnswer::json('"' + QByteArray(size - 2, 'x') + '"'));
+        return runTask(APIClient(service.url(), {}, &small).registerDevice(u"macos"_s, u"00"_s));
+    };
+    EXPECT_EQ(outcomeOfSize(1000).errorMessage(), QString());
+    EXPECT_EQ(outcomeOfSize(1001).errorMessage(), u"Network error: The answer is too large."_s);
+    EXPECT_EQ(outcomeOfSize(5'000'000).errorMessage(), u"Network error: The answer is too large."_s);
+}
+
+TEST_F(Request, FollowsARedirectWithinTheOriginWithTheToken)
+{
+    service.answer("GET", "/v1/agent/teammates", ScriptedAnswer::redirect("/elsewhere?x=1"));
+    service.answer("GET", "/elsewhere", ScriptedAnswer::json("{\"teammates\":[]}"));
+    EXPECT_EQ(runTask(client().teammates()).errorMessage(), QString());
+    ASSERT_EQ(service.requests().size(), 2U);
+    EXPECT_EQ(service.requests().at(1).target, "/elsewhere?x=1");
+    EXPECT_EQ(service.requests().at(1).header("Authorization"), "Bearer t0k3n");
+}
+
+TEST_F(Request, NeverFollowsARedirectToAnotherOrigin)
+{
+    ScriptedService other;
+    for (const int status : {301, 302, 303, 307, 308}) {
+        service.answer("GET", "/v1/agent/teammates",
+                       ScriptedAnswer::redirect(other.url().toEncoded() + "/v1/agent/teammates", status));
+        EXPECT_EQ(runTask(client().teammates()).error,
+                  APIError(u"Request failed (%1)"_s.arg(status), status));
+    }
+    service.answer("GET", "/v1/agent/teammates", ScriptedAnswer::redirect("file:///etc/hostname"));
+    EXPECT_EQ(runTask(client().teammates()).error, APIError(u"Request failed (302)"_s, 302));
+    EXPECT_THAT(other.requests(), IsEmpty());
+}
+
+TEST_F(Request, GivesUpARedirectThatGoesInCircles)
+{
+    service.always("GET", "/v1/agent/teammates", ScriptedAnswer::redirect("/v1/agent/teammates"));
+    const auto outcome = runTask(client().teammates());
+    EXPECT_TRUE(outcome.error);
+    EXPECT_LT(service.requests().size(), 100U);
+}
+
+TEST_F(Request, EndsWithTheSessionThatCarriesIt)
+{
+    auto shortLived = std::make_unique<NetworkSession>();
+    service.answer("GET", "/v1/agent/teammates", ScriptedAnswer::stall());
+    const auto waiting = startTask(APIClient(service.url(), {}, shortLived.get()).teammates());
+    ASSERT_TRUE(waitUntil([this] { return !service.requests().empty(); }));
+    const APIClient orphan(service.url(), {}, shortLived.get());
+    shortLived.reset();
+    ASSERT_TRUE(waitUntil([&] { return waiting->finished(); }));
+    EXPECT_TRUE(waiting->errorMessage().startsWith(u"Network error: "_s));
+    EXPECT_TRUE(runTask(orphan.teammates()).errorMessage().startsWith(u"Network error: "_s));
+    EXPECT_EQ(service.requests().size(), 1U);
+}
+
+TEST_F(Request, DecodesLargeAnswersOffTheMainThread)
+{
+    // The routine is private to operations; this is what they run.
+    const auto decode = [](qsizetype size) {
+        return api::decodedAnswer<ThreadProbe>('"' + QByteArray(size - 2, 'x') + '"');
+    };
+    EXPECT_TRUE(runTask(decode(api::workerThreshold - 1)).value);
+    EXPECT_EQ(ThreadProbe::onMainThread, 1);
+    EXPECT_EQ(ThreadProbe::onWorkers, 0);
+    EXPECT_TRUE(runTask(decode(api::workerThreshold)).value);
+    EXPECT_EQ(ThreadProbe::onMainThread, 1);
+    EXPECT_EQ(ThreadProbe::onWorkers, 1);
+
+    service.answer("GET", "/v1/agent/teammates",
+                   ScriptedAnswer::json("{\"padding\":\"" + QByteArray(200'000, 'x') + "\",\"teammates\":["
+                                        + agentJSON + "]}"));
+    const auto agents = runTask(client().teammates());
+    ASSERT_TRUE(agents.value);
+    EXPECT_EQ(agents.value->size(), 1U);
+}
+
+} // namespace
+} // namespace orvia::test

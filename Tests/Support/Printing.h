@@ -1,5 +1,7 @@
 #pragma once
 
+#include "APIClient/APIError.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -20,3 +22,14 @@ inline void PrintTo(const QByteArray& bytes, std::ostream* stream)
 }
 
 QT_END_NAMESPACE
+
+namespace orvia {
+
+inline void PrintTo(const APIError& error, std::ostream* stream)
+{
+    *stream << error.message.toStdString();
+    if (error.status)
+        *stream << " (status " << *error.status << ')';
+}
+
+} // namespace orvia
