@@ -78,8 +78,9 @@ bool DemoService::listen(quint16 port)
 
 void DemoService::stop()
 {
-    m_server.reset();
+    // Upgraded connections belong to the server, so that they end before it.
     m_live.abortAll();
+    m_server.reset();
     m_port = 0;
 }
 

@@ -96,7 +96,8 @@ TEST_F(ConversationTest, CannedResponsesAndTeammatesOfTheAgentsProducts)
 {
     const auto shortcuts = [this](const QString& agentId, std::optional<QString> productId) {
         QStringList list;
-        for (const CannedResponse& canned : *runTask(client(agentId).canned(productId)).value)
+        const auto answer = runTask(client(agentId).canned(productId));
+        for (const CannedResponse& canned : *answer.value)
             list.push_back(canned.shortcut);
         return list;
     };
@@ -104,7 +105,8 @@ TEST_F(ConversationTest, CannedResponsesAndTeammatesOfTheAgentsProducts)
     EXPECT_EQ(shortcuts(u"tomas"_s, std::nullopt), (QStringList{u"greet"_s, u"planting"_s, u"sorry"_s}));
 
     QStringList names;
-    for (const Agent& agent : *runTask(client(u"joanna"_s).teammates()).value) {
+    const auto teammates = runTask(client(u"joanna"_s).teammates());
+    for (const Agent& agent : *teammates.value) {
         names.push_back(agent.name);
         EXPECT_FALSE(agent.mutedConversationIds) << "private to each agent";
     }

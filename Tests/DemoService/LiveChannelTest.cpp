@@ -149,17 +149,18 @@ TEST_F(LiveChannelTest, StrangeFramesAreWithoutEffect)
 
 TEST_F(LiveChannelTest, OnlyBearersOfATokenAreLetIn)
 {
-    const auto refusedStatus = [this](const QString& token) {
+    const auto isRefused = [this](const QString& token) {
         QWebSocket socket;
         bool failed = false;
-        QObject::connect(&socket, &QWebSocket::errorOccurred, [&] { failed = true; });
+        QObject::connect(&socket, qOverload<QAbstractSocket::SocketError>(&QWebSocket::error),
+                         [&] { failed = true; });
         socket.open(*SocketClient::socketURL(service.origin(), token));
         return waitUntil([&] { return failed || socket.isValid(); }) && failed;
     };
-    EXPECT_TRUE(refusedStatus(u"forged"_s));
-    EXPECT_FALSE(refusedStatus(service.tokenOf(u"dana"_s)));
+    EXPECT_TRUE(isRefused(u"forged"_s));
+    EXPECT_FALSE(isRefused(service.tokenOf(u"dana"_s)));
     service.refuseChannels(true);
-    EXPECT_TRUE(refusedStatus(service.tokenOf(u"dana"_s)));
+    EXPECT_TRUE(isRefused(service.tokenOf(u"dana"_s)));
 }
 
 TEST_F(LiveChannelTest, StoppingBreaksEveryChannel)

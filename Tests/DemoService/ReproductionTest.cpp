@@ -79,9 +79,9 @@ TEST_F(ReproductionTest, TheTeamsLifeShowsEveryLiveFeature)
     demo::Options lively = options(clock);
     lively.lively = true;
     lively.beat = std::chrono::milliseconds(5);
-    demo::DemoService service(lively);
-    ASSERT_TRUE(service.listen());
-    Listener mara(service.origin(), service.tokenOf(u"mara"_s));
+    demo::DemoService livelyService(lively);
+    ASSERT_TRUE(livelyService.listen());
+    Listener mara(livelyService.origin(), livelyService.tokenOf(u"mara"_s));
 
     const auto seen = [&](const std::function<bool(const SocketEvent&)>& matches) {
         return waitUntil([&] { return std::any_of(mara.events.begin(), mara.events.end(), matches); });
