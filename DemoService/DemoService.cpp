@@ -53,7 +53,7 @@ DemoService::DemoService(Options options, QObject* parent)
     addTeam(m_store, password());
     if (m_options.withRecords)
         addConversations(m_store, m_files);
-    m_load = std::make_unique<LoadGenerator>(m_store, m_desk, m_options.seed);
+    m_load = std::make_unique<LoadGenerator>(m_store, m_desk, m_live, m_options.seed);
     m_load->addConversations(m_options.conversations, m_options.messages);
     m_load->start(m_options.eventsPerSecond);
     if (m_options.lively) {
@@ -78,8 +78,9 @@ bool DemoService::listen(quint16 port)
 
 void DemoService::stop()
 {
-    m_server.reset();
+    // Upgraded connections belong to the server, so that they end before it.
     m_live.abortAll();
+    m_server.reset();
     m_port = 0;
 }
 
@@ -141,7 +142,8 @@ void DemoService::startServer()
 
 std::optional<Answer> DemoService::answer(Request request)
 {
-    note(m_requests, request);
+    if (m_options.keepsJournal)
+        note(m_requests, request);
     for (auto failure = m_failures.begin(); failure != m_failures.end(); ++failure) {
         if (!request.path.contains(failure->pathPart))
             continue;
@@ -156,7 +158,8 @@ std::optional<Answer> DemoService::answer(Request request)
 /// Frames that are malformed, unknown or about somebody else's conversation are without effect.
 void DemoService::receive(const QString& agentId, const QByteArray& frame)
 {
-    note(m_frames, {agentId, frame});
+    if (m_options.keepsJournal)
+        note(m_frames, {agentId, frame});
     const QJsonObject object = QJsonDocument::fromJson(frame).object();
     const QString type = object.value("type"_L1).toString();
     const QJsonValue conversationId = object.value("conversationId"_L1);

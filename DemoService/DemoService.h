@@ -28,8 +28,9 @@ struct Options {
     bool lively = false;     ///< visitors and teammates act by themselves
     std::chrono::milliseconds beat = std::chrono::milliseconds(900); ///< of the scripted life
     int conversations = 0;                                           ///< so many more, generated
-    int messages = 0;        ///< in the first generated conversation; the others have a few
-    int eventsPerSecond = 0; ///< on the live channel, on top of everything else
+    int messages = 0;         ///< in the first generated conversation; the others have a few
+    int eventsPerSecond = 0;  ///< on the live channel, on top of everything else
+    bool keepsJournal = true; ///< of requests and frames
     Store::Clock clock = currentInstant;
 };
 

@@ -42,6 +42,7 @@ void LiveChannel::add(std::unique_ptr<QWebSocket> socket, const QString& agentId
 
 void LiveChannel::send(const SocketEvent& event, const Audience& audience)
 {
+    ++m_eventCount;
     if (!m_peers.empty())
         sendRaw(wire::encoded(event), audience);
 }

@@ -49,6 +49,8 @@ public:
     /// How many channels are open.
     std::size_t channelCount() const { return m_peers.size(); }
     bool hasChannel(const QString& agentId) const;
+    /// How many events have been sent so far, whether or not anybody listened.
+    qint64 eventCount() const { return m_eventCount; }
     void closeAll(QWebSocketProtocol::CloseCode code);
     /// Breaks every connection without a closing handshake.
     void abortAll();
@@ -70,6 +72,7 @@ private:
 
     std::vector<Peer> m_peers;
     QHash<QString, QList<Sighting>> m_sightings;
+    qint64 m_eventCount = 0;
     const QWebSocket* m_current = nullptr; ///< whose frame is being handled
 };
 

@@ -49,9 +49,10 @@ const QString userAgent =
 
 } // namespace
 
-LoadGenerator::LoadGenerator(Store& store, Desk& desk, quint64 seed)
+LoadGenerator::LoadGenerator(Store& store, Desk& desk, const LiveChannel& live, quint64 seed)
     : m_store(store)
     , m_desk(desk)
+    , m_live(live)
     , m_random(seed)
 {
     m_timer.setInterval(catchUpInterval);
@@ -74,7 +75,7 @@ void LoadGenerator::addConversations(int count, int messages)
 void LoadGenerator::start(int eventsPerSecond)
 {
     m_eventsPerSecond = eventsPerSecond;
-    m_happened = 0;
+    m_sent = 0;
     m_elapsed.start();
     if (eventsPerSecond > 0)
         m_timer.start();
@@ -85,10 +86,12 @@ void LoadGenerator::start(int eventsPerSecond)
 void LoadGenerator::catchUp()
 {
     const qint64 due = m_elapsed.elapsed() * m_eventsPerSecond / 1000;
-    const qint64 missing = due - m_happened;
-    m_happened = due;
-    for (qint64 event = 0; event < std::min(missing, mostAtOnce); ++event)
+    const qint64 before = m_live.eventCount();
+    const qint64 missing = std::min(due - m_sent, mostAtOnce);
+    while (m_store.threadCount() > 0 && m_live.eventCount() - before < missing)
         happen();
+    // One thing may be several events: the surplus counts for the next turn.
+    m_sent = missing == mostAtOnce ? due : m_sent + m_live.eventCount() - before;
 }
 
 void LoadGenerator::happen()

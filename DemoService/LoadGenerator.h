@@ -15,14 +15,14 @@ class LoadGenerator : public QObject {
     Q_OBJECT
 
 public:
-    LoadGenerator(Store& store, Desk& desk, quint64 seed);
+    LoadGenerator(Store& store, Desk& desk, const LiveChannel& live, quint64 seed);
 
     /// Adds @p count conversations, most of them open, the first of them with @p messages messages (at least
     /// one) and the others with one to three. Their last messages lie before the present instant.
     void addConversations(int count, int messages);
 
-    /// Makes this many things happen per second, spread over all conversations: visitors type, write and
-    /// read, and conversations change hands. 0 stops it.
+    /// Makes things happen in all conversations, so that the live channel carries this many events per
+    /// second: visitors type, write and read, and conversations change hands. 0 stops it.
     void start(int eventsPerSecond);
     /// Makes one thing happen now.
     void happen();
@@ -36,11 +36,12 @@ private:
 
     Store& m_store;
     Desk& m_desk;
+    const LiveChannel& m_live;
     std::mt19937_64 m_random;
     QTimer m_timer;
     QElapsedTimer m_elapsed;
     int m_eventsPerSecond = 0;
-    qint64 m_happened = 0;
+    qint64 m_sent = 0;
 };
 
 } // namespace orvia::demo

@@ -26,7 +26,7 @@ ParameterizedValue parseParameters(const QByteArray& text)
 {
     ParameterizedValue parsed;
     qsizetype end = text.indexOf(';');
-    parsed.value = text.left(end).trimmed().toLower();
+    parsed.value = text.mid(0, end).trimmed().toLower();
     while (end >= 0 && end < text.size()) {
         const qsizetype start = end + 1;
         const qsizetype equals = text.indexOf('=', start);

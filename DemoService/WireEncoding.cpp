@@ -1,11 +1,25 @@
 #include "DemoService/WireEncoding.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 namespace orvia::demo::wire {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+void writeNumber(Writer& writer, double number)
+{
+    constexpr double largestPlain = 1e15;
+    if (std::trunc(number) == number && std::abs(number) < largestPlain)
+        writer.Int64(static_cast<qint64>(number));
+    else
+        writer.Double(number);
+}
+
+} // namespace
 
 void write(Writer& writer, const Instant& value)
 {
@@ -31,7 +45,7 @@ void write(Writer& writer, const OrderedStringMap& map)
         if (value == "true"_L1 || value == "false"_L1)
             writer.Bool(value == "true"_L1);
         else if (isNumber && std::isfinite(number) && OrderedStringMap::textFromNumber(number) == value)
-            writer.Double(number);
+            writeNumber(writer, number);
         else
             write(writer, value);
     }

@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <limits>
 #include <optional>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -90,7 +91,7 @@ int main(int argc, char* argv[])
          u"0"_s},
         1'000'000};
     const NumberOption events{
-        {u"events-per-second"_s, u"Make this many things happen per second."_s, u"N"_s, u"0"_s}, 100'000};
+        {u"events-per-second"_s, u"Send this many generated events per second."_s, u"N"_s, u"0"_s}, 100'000};
     const QCommandLineOption quiet(u"quiet"_s, u"No visitor and no teammate acts by itself."_s);
 
     QCommandLineParser parser;
@@ -119,6 +120,7 @@ int main(int argc, char* argv[])
     options.conversations = static_cast<int>(*number(parser, conversations));
     options.messages = static_cast<int>(*number(parser, messages));
     options.eventsPerSecond = static_cast<int>(*number(parser, events));
+    options.keepsJournal = false;
     options.lively = !parser.isSet(quiet);
 
     orvia::demo::DemoService service(options);

@@ -1,0 +1,121 @@
+#include "APIClient/APIClient.h"
+#include "APIClient/NetworkSession.h"
+#include "Support/Waiting.h"
+
+#include <QProcess>
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+
+namespace orvia::test {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The real program, started with @p arguments and ended with the test.
+class Program {
+public:
+    explicit Program(const QStringList& arguments)
+    {
+        m_process.start(QStringLiteral(ORVIA_DEMO_PROGRAM), arguments);
+        QObject::connect(&m_process, &QProcess::finished, [this] { m_finished = true; });
+    }
+
+    ~Program()
+    {
+        if (m_process.state() != QProcess::NotRunning) {
+            m_process.kill();
+            m_process.waitForFinished();
+        }
+    }
+
+    /// The address in the first line, or an empty URL when the program ends without one.
+    QUrl origin()
+    {
+        EXPECT_TRUE(waitUntil([this] { return m_process.canReadLine() || m_finished; }));
+        const QString line = QString::fromUtf8(m_process.readLine()).trimmed();
+        const QString start = u"Orvia demo service at "_s;
+        return line.startsWith(start) ? QUrl(line.mid(start.size())) : QUrl();
+    }
+
+    void signal(int number) { ::kill(static_cast<pid_t>(m_process.processId()), number); }
+
+    /// Waits for the end; the exit code, or -1 for a crash.
+    int exitCode()
+    {
+        EXPECT_TRUE(waitUntil([this] { return m_finished; }));
+        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+    }
+
+    QByteArray errors() { return m_process.readAllStandardError(); }
+    QByteArray output() { return m_process.readAllStandardOutput(); }
+
+private:
+    QProcess m_process;
+    bool m_finished = false;
+};
+
+} // namespace
+
+TEST(ProgramTest, ServesUntilASignalEndsIt)
+{
+    NetworkSession session;
+    for (const int signal : {SIGTERM, SIGINT}) {
+        Program program({u"--quiet"_s, u"--conversations"_s, u"30"_s, u"--messages"_s, u"12"_s});
+        const QUrl origin = program.origin();
+        ASSERT_FALSE(origin.isEmpty());
+        const APIClient anonymous(origin, std::nullopt, &session);
+        const auto login = runTask(anonymous.login(u"mara@tessaly.example"_s, u"demo"_s));
+        ASSERT_TRUE(login.value) << login.errorMessage().toStdString();
+        const APIClient client(origin, login.value->token, &session);
+        EXPECT_EQ(runTask(client.conversations({}, {}, {}, true)).value->size(), 56U);
+        EXPECT_EQ(runTask(client.conversationDetail(u"load-1"_s)).value->messages.wrappedValue.size(), 12U);
+        program.signal(signal);
+        EXPECT_EQ(program.exitCode(), 0);
+        EXPECT_EQ(program.errors(), "");
+    }
+}
+
+TEST(ProgramTest, TwoServicesCannotShareAPort)
+{
+    Program first({u"--quiet"_s});
+    const QUrl origin = first.origin();
+    ASSERT_FALSE(origin.isEmpty());
+    Program second({u"--port"_s, QString::number(origin.port())});
+    EXPECT_EQ(second.exitCode(), 1);
+    EXPECT_TRUE(second.errors().contains("is not free"));
+}
+
+TEST(ProgramTest, WrongArgumentsGetOneClearLine)
+{
+    const QList<QStringList> wrong{{u"--port"_s, u"65536"_s},
+                                   {u"--port"_s, u"x"_s},
+                                   {u"--port"_s},
+                                   {u"--seed"_s, u"-1"_s},
+                                   {u"--nonsense"_s},
+                                   {u"somewhere"_s},
+                                   {u"--conversations"_s, u"1e9"_s},
+                                   {u"--events-per-second"_s, u"2.5"_s}};
+    for (const QStringList& arguments : wrong) {
+        Program program(arguments);
+        EXPECT_EQ(program.exitCode(), 2) << arguments.join(u' ').toStdString();
+        const QByteArray errors = program.errors();
+        EXPECT_EQ(errors.count('\n'), 1) << errors.toStdString();
+        EXPECT_TRUE(errors.startsWith("orvia-demo-service: ")) << errors.toStdString();
+        EXPECT_EQ(program.output(), "");
+    }
+}
+
+TEST(ProgramTest, ExplainsItself)
+{
+    Program help({u"--help"_s});
+    EXPECT_EQ(help.exitCode(), 0);
+    EXPECT_TRUE(help.output().contains("--events-per-second"));
+    Program version({u"--version"_s});
+    EXPECT_EQ(version.exitCode(), 0);
+    EXPECT_TRUE(version.output().startsWith("orvia-demo-service "));
+}
+
+} // namespace orvia::test
