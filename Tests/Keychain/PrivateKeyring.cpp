@@ -57,7 +57,8 @@ PrivateKeyring::PrivateKeyring(const PrivateBus& bus)
                                              u"--control-directory=%1/keyring"_s.arg(bus.directory())});
     daemon.write("password");
     daemon.closeWriteChannel();
-    waitUntil([&] { return isRunning() || daemon.state() == QProcess::NotRunning; });
+    // Whoever uses the keyring asks whether it runs.
+    static_cast<void>(waitUntil([&] { return isRunning() || daemon.state() == QProcess::NotRunning; }));
 }
 
 PrivateKeyring::~PrivateKeyring()
