@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <QCoreApplication>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QUuid>
@@ -274,6 +275,31 @@ TEST_F(PushManagerOnDesktop, ShowsNothingForAMessageThatSaysNothing)
     ASSERT_TRUE(waitUntil([&] { return !server.shown.isEmpty(); }));
     EXPECT_EQ(server.shown.size(), 1);
     EXPECT_EQ(server.shown.constFirst().title, u"last"_s);
+}
+
+TEST(PushManagerActivation, APushStartsAProgramThatDoesNotRun)
+{
+    PrivateBus bus;
+    ASSERT_TRUE(bus.isRunning());
+    bus.addService(ownService, QStringLiteral(ORVIA_ACTIVATED_CONSOLE));
+    const QString token = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    ASSERT_TRUE(PrivateFile(bus.dataHome() + u"/orvia/push-registration"_s).write(token.toUtf8() + "\n\n"));
+
+    NotificationServer server(bus, everything);
+    Distributor distributor(bus, u"test"_s);
+    distributor.callConnector(ownService, u"Message"_s,
+                              {token, QByteArray(R"({"title":"Ann","conversationId":"c1"})"), u"1"_s});
+    ASSERT_TRUE(waitUntil([&] { return server.shown.size() == 1; }));
+    EXPECT_EQ(server.shown.constFirst().title, u"Ann"_s);
+
+    // The click reaches it too: it ends with it.
+    const test::BusConnection observer(bus);
+    const auto isRunning = [&] {
+        return observer.connection().interface()->isServiceRegistered(ownService).value();
+    };
+    ASSERT_TRUE(isRunning());
+    Q_EMIT server.ActionInvoked(1, u"default"_s);
+    EXPECT_TRUE(waitUntil([&] { return !isRunning(); }));
 }
 
 } // namespace

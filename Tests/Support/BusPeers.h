@@ -22,6 +22,7 @@ public:
 
     QString name() const { return m_connection.name(); }
     QDBusConnection& connection() { return m_connection; }
+    const QDBusConnection& connection() const { return m_connection; }
 
 private:
     QDBusConnection m_connection;
