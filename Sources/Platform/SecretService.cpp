@@ -41,10 +41,10 @@ public:
 
     GCancellable* cancellable() const { return m_cancellable.get(); }
 
-    /// From here on programs answer to programs.
-    void expectAnswer() { extend(m_limits.answer, true); }
+    /// From here on, with a session open, programs answer to programs.
+    void expectAnswer() { extend(m_limits.answer); }
     /// From here on the user may be asked something.
-    void expectQuestion() { extend(m_limits.question, true); }
+    void expectQuestion() { extend(m_limits.question); }
 
     void finish(SecretReading result)
     {
@@ -70,10 +70,10 @@ public:
     }
 
 private:
-    void extend(std::chrono::milliseconds limit, bool hasAnswered)
+    void extend(std::chrono::milliseconds limit)
     {
         const std::lock_guard lock(m_mutex);
-        m_hasAnswered = hasAnswered;
+        m_hasAnswered = true;
         m_deadline = Clock::now() + limit;
         m_changed.notify_all();
     }
