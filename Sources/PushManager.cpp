@@ -20,9 +20,10 @@ namespace {
 // Push services carry messages of at most 4 kB; whatever is much larger is not one.
 constexpr qsizetype longestMessage = 64 * 1024;
 
-QString usualRegistrationFile() {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u'/' +
-           AppIdentity::directory + "/push-registration"_L1;
+QString usualRegistrationFile()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u'/'
+           + AppIdentity::directory + "/push-registration"_L1;
 }
 
 } // namespace
@@ -30,13 +31,15 @@ QString usualRegistrationFile() {
 PushManager::PushManager() = default;
 PushManager::~PushManager() = default;
 
-PushManager& PushManager::shared() {
+PushManager& PushManager::shared()
+{
     // Never destroyed: at the process's end the bus connection that it uses may be gone before it.
     static PushManager* const manager = new PushManager;
     return *manager;
 }
 
-void PushManager::connectToDesktop(PushSurroundings surroundings) {
+void PushManager::connectToDesktop(PushSurroundings surroundings)
+{
     if (m_notifications != nullptr)
         return;
     m_surroundings = std::move(surroundings);
@@ -86,7 +89,8 @@ void PushManager::connectToDesktop(PushSurroundings surroundings) {
     });
 }
 
-void PushManager::start() {
+void PushManager::start()
+{
     m_hasStarted = true;
     if (m_notifications == nullptr)
         return;
@@ -96,7 +100,8 @@ void PushManager::start() {
     });
 }
 
-void PushManager::registerForRemoteNotifications() {
+void PushManager::registerForRemoteNotifications()
+{
     loadRegistration();
     if (m_registration.token.isEmpty()) {
         m_registration.token = QUuid::createUuid().toString(QUuid::WithoutBraces);
@@ -106,13 +111,15 @@ void PushManager::registerForRemoteNotifications() {
                                      m_registration.distributor);
 }
 
-void PushManager::received(const QByteArray& token) {
+void PushManager::received(const QByteArray& token)
+{
     deviceToken = QString::fromLatin1(token.toHex());
     if (onDeviceToken)
         onDeviceToken(*deviceToken);
 }
 
-void PushManager::show(const QByteArray& message) {
+void PushManager::show(const QByteArray& message)
+{
     if (message.size() > longestMessage)
         return;
     const QJsonDocument document = QJsonDocument::fromJson(message);
@@ -132,18 +139,21 @@ void PushManager::show(const QByteArray& message) {
     });
 }
 
-void PushManager::handleTap(const QVariantMap& userInfo) {
+void PushManager::handleTap(const QVariantMap& userInfo)
+{
     const QVariant conversationId = userInfo.value(u"conversationId"_s);
     if (conversationId.typeId() == QMetaType::QString && onOpenConversation)
         onOpenConversation(conversationId.toString());
 }
 
-bool PushManager::isOwn(const QString& token) {
+bool PushManager::isOwn(const QString& token)
+{
     loadRegistration();
     return !token.isEmpty() && token == m_registration.token;
 }
 
-void PushManager::loadRegistration() {
+void PushManager::loadRegistration()
+{
     if (!m_registration.token.isEmpty())
         return;
     const QByteArray contents = PrivateFile(m_surroundings.registrationFile).read().value_or(QByteArray());
@@ -154,7 +164,8 @@ void PushManager::loadRegistration() {
     m_registration = {lines.value(0), lines.value(1)};
 }
 
-void PushManager::saveRegistration() const {
+void PushManager::saveRegistration() const
+{
     const QString contents = m_registration.token + u'\n' + m_registration.distributor + u'\n';
     PrivateFile(m_surroundings.registrationFile).write(contents.toUtf8());
 }

@@ -16,13 +16,13 @@ class PushDistributor;
 /// What the push object needs to know of the program that it serves.
 struct PushSurroundings {
     /// Whether the console is the window that the user works in. Unset means never.
-    std::function<bool()> isFrontmost {};
+    std::function<bool()> isFrontmost{};
     /// Brings the console to the front; the desktop's activation token may be empty.
-    std::function<void(const QString& activationToken)> bringToFront {};
+    std::function<void(const QString& activationToken)> bringToFront{};
     /// Where the registration is kept; a file below the XDG data home when empty.
-    QString registrationFile {};
+    QString registrationFile{};
     /// The QtDBus connection to use; the session bus when empty.
-    QString busConnection {};
+    QString busConnection{};
 };
 
 /// Asks for permission to notify, registers the machine for remote notifications, turns the device token into

@@ -13,16 +13,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-std::vector<std::unique_ptr<SecretStorage>> storagesOfDesktop() {
-    const QString directory = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u'/' +
-                              AppIdentity::directory + "/keychain"_L1;
+std::vector<std::unique_ptr<SecretStorage>> storagesOfDesktop()
+{
+    const QString directory = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u'/'
+                              + AppIdentity::directory + "/keychain"_L1;
     std::vector<std::unique_ptr<SecretStorage>> storages;
     storages.push_back(std::make_unique<SecretService>(QString(AppIdentity::displayName)));
     storages.push_back(std::make_unique<PrivateFileStorage>(directory));
     return storages;
 }
 
-std::optional<QString> decodedText(const QByteArray& bytes) {
+std::optional<QString> decodedText(const QByteArray& bytes)
+{
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     QString text = decoder.decode(bytes);
     if (decoder.hasError())
@@ -32,14 +34,21 @@ std::optional<QString> decodedText(const QByteArray& bytes) {
 
 } // namespace
 
-Keychain::Keychain(QString service) : Keychain(std::move(service), storagesOfDesktop()) {}
+Keychain::Keychain(QString service)
+    : Keychain(std::move(service), storagesOfDesktop())
+{
+}
 
 Keychain::Keychain(QString service, std::vector<std::unique_ptr<SecretStorage>> storages)
-    : m_service(std::move(service)), m_storages(std::move(storages)) {}
+    : m_service(std::move(service))
+    , m_storages(std::move(storages))
+{
+}
 
 Keychain::~Keychain() = default;
 
-std::optional<QString> Keychain::string(const QString& key) {
+std::optional<QString> Keychain::string(const QString& key)
+{
     for (const auto& storage : m_storages) {
         const SecretReading reading = storage->read(m_service, key);
         switch (reading.status) {
@@ -55,7 +64,8 @@ std::optional<QString> Keychain::string(const QString& key) {
     return std::nullopt;
 }
 
-bool Keychain::set(const std::optional<QString>& value, const QString& key) {
+bool Keychain::set(const std::optional<QString>& value, const QString& key)
+{
     for (const auto& storage : m_storages) {
         // The result does not matter: there may have been nothing, and where there was something that cannot
         // be removed, the addition tells.

@@ -19,7 +19,8 @@ constexpr auto schemeKey = "color-scheme"_L1;
 
 /// The setting's value: 1 prefers dark, 2 prefers light, anything else prefers nothing. Portals answer it
 /// wrapped in one variant or in two.
-std::optional<Appearance::Scheme> schemeOf(QVariant value) {
+std::optional<Appearance::Scheme> schemeOf(QVariant value)
+{
     while (value.metaType() == QMetaType::fromType<QDBusVariant>())
         value = value.value<QDBusVariant>().variant();
     if (value.typeId() != QMetaType::UInt)
@@ -40,7 +41,10 @@ class Appearance::Listener : public QObject {
     Q_OBJECT
 
 public:
-    Listener(Appearance& owner, const QDBusConnection& bus) : m_owner(owner), m_bus(bus) {
+    Listener(Appearance& owner, const QDBusConnection& bus)
+        : m_owner(owner)
+        , m_bus(bus)
+    {
         if (!m_bus.isConnected())
             return;
         m_bus.connect(portalName, portalPath, settingsInterface, u"SettingChanged"_s, this,
@@ -52,13 +56,15 @@ public:
     }
 
 private Q_SLOTS:
-    void onSettingChanged(const QString& settingNamespace, const QString& key, const QDBusVariant& value) {
+    void onSettingChanged(const QString& settingNamespace, const QString& key, const QDBusVariant& value)
+    {
         if (settingNamespace == appearanceNamespace && key == schemeKey)
             m_owner.setPreferred(schemeOf(value.variant()));
     }
 
 private:
-    void read() {
+    void read()
+    {
         QDBusMessage call =
             QDBusMessage::createMethodCall(portalName, portalPath, settingsInterface, u"Read"_s);
         call << QString(appearanceNamespace) << QString(schemeKey);
@@ -73,11 +79,15 @@ private:
 };
 
 Appearance::Appearance(const QString& busConnection, QObject* parent)
-    : QObject(parent), m_listener(std::make_unique<Listener>(*this, busNamed(busConnection))) {}
+    : QObject(parent)
+    , m_listener(std::make_unique<Listener>(*this, busNamed(busConnection)))
+{
+}
 
 Appearance::~Appearance() = default;
 
-void Appearance::setPreferred(std::optional<Scheme> preferred) {
+void Appearance::setPreferred(std::optional<Scheme> preferred)
+{
     if (preferred == m_preferred)
         return;
     m_preferred = preferred;

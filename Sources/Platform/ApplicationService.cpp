@@ -16,7 +16,8 @@ constexpr auto interfaceName = "org.freedesktop.Application"_L1;
 constexpr auto activationTokenKey = "activation-token"_L1;
 constexpr auto startupIdentifierKey = "desktop-startup-id"_L1;
 
-QString objectPathOf(const QString& identifier) {
+QString objectPathOf(const QString& identifier)
+{
     QString path = u'/' + identifier;
     path.replace(u'.', u'/');
     path.replace(u'-', u'_');
@@ -25,7 +26,8 @@ QString objectPathOf(const QString& identifier) {
 
 /// The desktop's leave to come to the front, on its way from the process that was started to the one that
 /// runs.
-QVariantMap platformData() {
+QVariantMap platformData()
+{
     QVariantMap data;
     if (const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN"); !token.isEmpty())
         data.insert(activationTokenKey, token);
@@ -34,12 +36,14 @@ QVariantMap platformData() {
     return data;
 }
 
-QString activationToken(const QVariantMap& data) {
+QString activationToken(const QVariantMap& data)
+{
     const QString token = data.value(activationTokenKey).toString();
     return token.isEmpty() ? data.value(startupIdentifierKey).toString() : token;
 }
 
-bool claimName(const QDBusConnection& bus, const QString& name) {
+bool claimName(const QDBusConnection& bus, const QString& name)
+{
     const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply = bus.interface()->registerService(
         name, QDBusConnectionInterface::DontQueueService, QDBusConnectionInterface::DontAllowReplacement);
     return reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceRegistered;
@@ -54,11 +58,15 @@ class ApplicationService::Interface : public QObject {
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
 public:
-    explicit Interface(ApplicationService& owner) : m_owner(owner) {}
+    explicit Interface(ApplicationService& owner)
+        : m_owner(owner)
+    {
+    }
 
 public Q_SLOTS:
     void Activate(const QVariantMap& data) { Q_EMIT m_owner.activated(activationToken(data)); }
-    void Open(const QStringList& links, const QVariantMap& data) {
+    void Open(const QStringList& links, const QVariantMap& data)
+    {
         Q_EMIT m_owner.opened(links, activationToken(data));
     }
     /// The desktop entry lists no actions.
@@ -73,14 +81,18 @@ ApplicationService::ApplicationService(QString identifier, const QString& busCon
     , m_identifier(std::move(identifier))
     , m_objectPath(objectPathOf(m_identifier))
     , m_busConnection(busConnection)
-    , m_interface(std::make_unique<Interface>(*this)) {}
+    , m_interface(std::make_unique<Interface>(*this))
+{
+}
 
-ApplicationService::~ApplicationService() {
+ApplicationService::~ApplicationService()
+{
     busNamed(m_busConnection).unregisterObject(m_objectPath);
 }
 
 ApplicationService::Start ApplicationService::start(const QStringList& links,
-                                                    std::chrono::milliseconds patience) {
+                                                    std::chrono::milliseconds patience)
+{
     QDBusConnection bus = busNamed(m_busConnection);
     if (!bus.isConnected())
         return Start::alone;
@@ -102,7 +114,8 @@ ApplicationService::Start ApplicationService::start(const QStringList& links,
 }
 
 ApplicationService::Delivery ApplicationService::handOver(const QStringList& links,
-                                                          std::chrono::milliseconds patience) const {
+                                                          std::chrono::milliseconds patience) const
+{
     QDBusConnection bus = busNamed(m_busConnection);
     const bool hasLinks = !links.isEmpty();
     QDBusMessage call = QDBusMessage::createMethodCall(m_identifier, m_objectPath, interfaceName,
@@ -128,9 +141,10 @@ ApplicationService::Delivery ApplicationService::handOver(const QStringList& lin
     }
 }
 
-bool ApplicationService::isStartedByBus() {
-    return qEnvironmentVariableIsSet("DBUS_STARTER_BUS_TYPE") ||
-           qEnvironmentVariableIsSet("DBUS_STARTER_ADDRESS");
+bool ApplicationService::isStartedByBus()
+{
+    return qEnvironmentVariableIsSet("DBUS_STARTER_BUS_TYPE")
+           || qEnvironmentVariableIsSet("DBUS_STARTER_ADDRESS");
 }
 
 } // namespace orvia

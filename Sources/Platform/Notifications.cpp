@@ -21,12 +21,14 @@ constexpr qsizetype longestBody = 2000;
 // A server forgets notifications too; these are only those whose end it has not told.
 constexpr qsizetype mostRemembered = 200;
 
-QDBusMessage callOf(const QString& method) {
+QDBusMessage callOf(const QString& method)
+{
     return QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, method);
 }
 
 /// Servers hand texts to markup parsers, which refuse a whole text for one control character.
-QString shownText(const QString& text, qsizetype longest) {
+QString shownText(const QString& text, qsizetype longest)
+{
     QString shown;
     for (const QChar character : text.left(longest + 1)) {
         if (character.category() != QChar::Other_Control || character == u'\n' || character == u'\t')
@@ -43,7 +45,10 @@ QString shownText(const QString& text, qsizetype longest) {
 } // namespace
 
 Notifications::Notifications(NotificationSender sender, const QString& busConnection, QObject* parent)
-    : QObject(parent), m_sender(std::move(sender)), m_busConnection(busConnection) {
+    : QObject(parent)
+    , m_sender(std::move(sender))
+    , m_busConnection(busConnection)
+{
     QDBusConnection bus = busNamed(m_busConnection);
     if (!bus.isConnected())
         return;
@@ -59,14 +64,16 @@ Notifications::Notifications(NotificationSender sender, const QString& busConnec
     connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] { m_presented.clear(); });
 }
 
-void Notifications::askWhetherAvailable(std::function<void(bool)> answer) {
+void Notifications::askWhetherAvailable(std::function<void(bool)> answer)
+{
     sendCall(busNamed(m_busConnection), callOf(u"GetServerInformation"_s), this,
              [answer = std::move(answer)](const QDBusMessage& reply) {
                  answer(reply.type() == QDBusMessage::ReplyMessage);
              });
 }
 
-void Notifications::present(const Notification& notification) {
+void Notifications::present(const Notification& notification)
+{
     sendCall(busNamed(m_busConnection), callOf(u"GetCapabilities"_s), this,
              [this, notification](const QDBusMessage& reply) {
                  if (reply.type() == QDBusMessage::ReplyMessage)
@@ -74,7 +81,8 @@ void Notifications::present(const Notification& notification) {
              });
 }
 
-void Notifications::send(const Notification& notification, const QStringList& capabilities) {
+void Notifications::send(const Notification& notification, const QStringList& capabilities)
+{
     QString title = shownText(notification.title, longestTitle);
     QString body = shownText(notification.body, longestBody);
     if (!capabilities.contains("body"_L1) && !body.isEmpty())
@@ -107,14 +115,16 @@ void Notifications::send(const Notification& notification, const QStringList& ca
              });
 }
 
-void Notifications::remember(uint id, const QVariantMap& userInfo) {
+void Notifications::remember(uint id, const QVariantMap& userInfo)
+{
     m_presented.insert(id, {userInfo, {}});
     // Servers count upwards, so the smallest number is the oldest notification.
     while (m_presented.size() > mostRemembered)
         m_presented.erase(m_presented.begin());
 }
 
-void Notifications::onActionInvoked(uint id, const QString& action) {
+void Notifications::onActionInvoked(uint id, const QString& action)
+{
     const auto presented = m_presented.constFind(id);
     if (presented == m_presented.cend() || action != defaultAction)
         return;
@@ -122,12 +132,14 @@ void Notifications::onActionInvoked(uint id, const QString& action) {
     Q_EMIT clicked(copy.userInfo, copy.activationToken);
 }
 
-void Notifications::onActivationToken(uint id, const QString& token) {
+void Notifications::onActivationToken(uint id, const QString& token)
+{
     if (const auto presented = m_presented.find(id); presented != m_presented.end())
         presented->activationToken = token;
 }
 
-void Notifications::onNotificationClosed(uint id, uint) {
+void Notifications::onNotificationClosed(uint id, uint)
+{
     m_presented.remove(id);
 }
 

@@ -18,13 +18,13 @@ struct NotificationSender {
 
 struct Notification {
     /// Plain text, both; markup in them is shown as it is written.
-    QString title;
-    QString body;
+    QString title{};
+    QString body{};
     /// Shown as a banner only and not kept in the server's list.
     bool isTransient = false;
     bool hasSound = false;
     /// Handed back with a click.
-    QVariantMap userInfo;
+    QVariantMap userInfo{};
 };
 
 /// Notifications on the desktop over org.freedesktop.Notifications (Desktop Notifications Specification 1.2).

@@ -20,8 +20,12 @@ namespace {
 /// A POSIX file descriptor, closed at the end of its life.
 class Descriptor {
 public:
-    explicit Descriptor(int number) : m_number(number) {}
-    ~Descriptor() {
+    explicit Descriptor(int number)
+        : m_number(number)
+    {
+    }
+    ~Descriptor()
+    {
         if (isOpen())
             ::close(m_number);
     }
@@ -35,14 +39,16 @@ private:
 };
 
 template <typename Call>
-auto retryWhenInterrupted(Call call) {
+auto retryWhenInterrupted(Call call)
+{
     auto result = call();
     while (result < 0 && errno == EINTR)
         result = call();
     return result;
 }
 
-bool makePrivateDirectory(const QString& path) {
+bool makePrivateDirectory(const QString& path)
+{
     const QByteArray name = QFile::encodeName(path);
     if (::mkdir(name.constData(), S_IRWXU) == 0)
         return true;
@@ -53,7 +59,8 @@ bool makePrivateDirectory(const QString& path) {
     return errno == EEXIST && QFileInfo(path).isDir();
 }
 
-bool writeWhole(int descriptor, const QByteArray& contents) {
+bool writeWhole(int descriptor, const QByteArray& contents)
+{
     qsizetype written = 0;
     while (written < contents.size()) {
         const ssize_t count = retryWhenInterrupted([&] {
@@ -68,7 +75,8 @@ bool writeWhole(int descriptor, const QByteArray& contents) {
 }
 
 /// A rename outlives a power cut only once its directory has been written too.
-void synchronizeDirectory(const QString& path) {
+void synchronizeDirectory(const QString& path)
+{
     const Descriptor directory(
         ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.isOpen())
@@ -77,14 +85,19 @@ void synchronizeDirectory(const QString& path) {
 
 } // namespace
 
-PrivateFile::PrivateFile(QString path) : m_path(std::move(path)) {}
+PrivateFile::PrivateFile(QString path)
+    : m_path(std::move(path))
+{
+}
 
-bool PrivateFile::exists() const {
+bool PrivateFile::exists() const
+{
     struct stat status {};
     return ::lstat(QFile::encodeName(m_path).constData(), &status) == 0;
 }
 
-std::optional<QByteArray> PrivateFile::read() const {
+std::optional<QByteArray> PrivateFile::read() const
+{
     // Without O_NONBLOCK, opening a named pipe that somebody left in this place would wait for its writer.
     const Descriptor file(
         ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
@@ -115,7 +128,8 @@ std::optional<QByteArray> PrivateFile::read() const {
     return contents;
 }
 
-bool PrivateFile::write(const QByteArray& contents) const {
+bool PrivateFile::write(const QByteArray& contents) const
+{
     const QString directory = QFileInfo(m_path).path();
     if (contents.size() > sizeLimit || !makePrivateDirectory(directory))
         return false;
@@ -125,8 +139,8 @@ bool PrivateFile::write(const QByteArray& contents) const {
     const Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
     if (!file.isOpen())
         return false;
-    if (writeWhole(file.number(), contents) && ::fsync(file.number()) == 0 &&
-        std::rename(temporary.constData(), QFile::encodeName(m_path).constData()) == 0) {
+    if (writeWhole(file.number(), contents) && ::fsync(file.number()) == 0
+        && std::rename(temporary.constData(), QFile::encodeName(m_path).constData()) == 0) {
         synchronizeDirectory(directory);
         return true;
     }
@@ -134,13 +148,18 @@ bool PrivateFile::write(const QByteArray& contents) const {
     return false;
 }
 
-bool PrivateFile::remove() const {
+bool PrivateFile::remove() const
+{
     return ::unlink(QFile::encodeName(m_path).constData()) == 0 || errno == ENOENT || errno == ENOTDIR;
 }
 
-PrivateFileStorage::PrivateFileStorage(QString directory) : m_directory(std::move(directory)) {}
+PrivateFileStorage::PrivateFileStorage(QString directory)
+    : m_directory(std::move(directory))
+{
+}
 
-PrivateFile PrivateFileStorage::file(const QString& service, const QString& account) const {
+PrivateFile PrivateFileStorage::file(const QString& service, const QString& account) const
+{
     // Encoded names hold no separator, and the added ending keeps "." and ".." from naming a directory.
     const auto encoded = [](const QString& name) {
         return QString::fromLatin1(QUrl::toPercentEncoding(name));
@@ -148,7 +167,8 @@ PrivateFile PrivateFileStorage::file(const QString& service, const QString& acco
     return PrivateFile(m_directory + u'/' + encoded(service) + ".d/"_L1 + encoded(account) + ".secret"_L1);
 }
 
-SecretReading PrivateFileStorage::read(const QString& service, const QString& account) {
+SecretReading PrivateFileStorage::read(const QString& service, const QString& account)
+{
     const PrivateFile secret = file(service, account);
     if (!secret.exists())
         return {SecretStatus::notFound, {}};
@@ -157,12 +177,13 @@ SecretReading PrivateFileStorage::read(const QString& service, const QString& ac
     return {SecretStatus::failed, {}};
 }
 
-SecretStatus PrivateFileStorage::add(const QByteArray& secret, const QString& service,
-                                     const QString& account) {
+SecretStatus PrivateFileStorage::add(const QByteArray& secret, const QString& service, const QString& account)
+{
     return file(service, account).write(secret) ? SecretStatus::success : SecretStatus::failed;
 }
 
-SecretStatus PrivateFileStorage::remove(const QString& service, const QString& account) {
+SecretStatus PrivateFileStorage::remove(const QString& service, const QString& account)
+{
     return file(service, account).remove() ? SecretStatus::success : SecretStatus::failed;
 }
 

@@ -15,7 +15,8 @@ constexpr auto distributorPath = "/org/unifiedpush/Distributor"_L1;
 constexpr auto distributorInterface = "org.unifiedpush.Distributor1"_L1;
 constexpr auto connectorPath = "/org/unifiedpush/Connector"_L1;
 
-QStringList distributorsIn(const QDBusMessage& reply) {
+QStringList distributorsIn(const QDBusMessage& reply)
+{
     QStringList names;
     const QStringList all = reply.arguments().value(0).toStringList();
     for (const QString& name : all) {
@@ -26,7 +27,8 @@ QStringList distributorsIn(const QDBusMessage& reply) {
     return names;
 }
 
-QDBusMessage callToBus(const QString& method) {
+QDBusMessage callToBus(const QString& method)
+{
     return QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
                                           u"org.freedesktop.DBus"_s, method);
 }
@@ -39,13 +41,18 @@ class PushDistributor::Connector : public QObject {
     Q_CLASSINFO("D-Bus Interface", "org.unifiedpush.Connector1")
 
 public:
-    explicit Connector(PushDistributor& owner) : m_owner(owner) {}
+    explicit Connector(PushDistributor& owner)
+        : m_owner(owner)
+    {
+    }
 
 public Q_SLOTS:
-    void NewEndpoint(const QString& token, const QString& endpoint) {
+    void NewEndpoint(const QString& token, const QString& endpoint)
+    {
         Q_EMIT m_owner.endpointReceived(token, endpoint);
     }
-    void Message(const QString& token, const QByteArray& message, const QString&) {
+    void Message(const QString& token, const QByteArray& message, const QString&)
+    {
         Q_EMIT m_owner.messageReceived(token, message);
     }
     void Unregistered(const QString& token) { Q_EMIT m_owner.unregistered(token); }
@@ -58,7 +65,8 @@ PushDistributor::PushDistributor(QString connectorService, const QString& busCon
     : QObject(parent)
     , m_connectorService(std::move(connectorService))
     , m_busConnection(busConnection)
-    , m_connector(std::make_unique<Connector>(*this)) {
+    , m_connector(std::make_unique<Connector>(*this))
+{
     QDBusConnection bus = busNamed(m_busConnection);
     if (!bus.isConnected())
         return;
@@ -68,12 +76,14 @@ PushDistributor::PushDistributor(QString connectorService, const QString& busCon
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &PushDistributor::appeared);
 }
 
-PushDistributor::~PushDistributor() {
+PushDistributor::~PushDistributor()
+{
     busNamed(m_busConnection).unregisterObject(connectorPath);
 }
 
 void PushDistributor::registerConnector(const QString& token, const QString& description,
-                                        const QString& preferred) {
+                                        const QString& preferred)
+{
     const Request request{token, description, preferred};
     const QDBusConnection bus = busNamed(m_busConnection);
     sendCall(bus, callToBus(u"ListNames"_s), this, [this, bus, request](const QDBusMessage& reply) {
@@ -89,7 +99,8 @@ void PushDistributor::registerConnector(const QString& token, const QString& des
     });
 }
 
-void PushDistributor::tryDistributors(const Request& request, QStringList candidates) {
+void PushDistributor::tryDistributors(const Request& request, QStringList candidates)
+{
     if (candidates.isEmpty())
         return;
     const QString distributor = candidates.takeFirst();
@@ -98,8 +109,8 @@ void PushDistributor::tryDistributors(const Request& request, QStringList candid
     call << m_connectorService << request.token << request.description;
     sendCall(busNamed(m_busConnection), call, this,
              [this, request, distributor, candidates](const QDBusMessage& reply) {
-                 if (reply.type() == QDBusMessage::ReplyMessage &&
-                     reply.arguments().value(0) == "NEW_ENDPOINT"_L1)
+                 if (reply.type() == QDBusMessage::ReplyMessage
+                     && reply.arguments().value(0) == "NEW_ENDPOINT"_L1)
                      Q_EMIT accepted(request.token, distributor);
                  else
                      tryDistributors(request, candidates);

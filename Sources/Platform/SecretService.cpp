@@ -33,23 +33,29 @@ using Attributes = std::unique_ptr<GHashTable, AttributesRelease>;
 class Operation {
 public:
     explicit Operation(SecretServiceLimits limits)
-        : m_limits(limits), m_cancellable(g_cancellable_new()), m_deadline(Clock::now() + limits.answer) {}
+        : m_limits(limits)
+        , m_cancellable(g_cancellable_new())
+        , m_deadline(Clock::now() + limits.answer)
+    {
+    }
 
     GCancellable* cancellable() const { return m_cancellable.get(); }
 
-    /// From here on programs answer to programs.
-    void expectAnswer() { extend(m_limits.answer, true); }
+    /// From here on, with a session open, programs answer to programs.
+    void expectAnswer() { extend(m_limits.answer); }
     /// From here on the user may be asked something.
-    void expectQuestion() { extend(m_limits.question, true); }
+    void expectQuestion() { extend(m_limits.question); }
 
-    void finish(SecretReading result) {
+    void finish(SecretReading result)
+    {
         const std::lock_guard lock(m_mutex);
         m_result = std::move(result);
         m_isFinished = true;
         m_changed.notify_all();
     }
 
-    SecretReading wait() {
+    SecretReading wait()
+    {
         std::unique_lock lock(m_mutex);
         while (!m_isFinished) {
             if (Clock::now() >= m_deadline) {
@@ -64,9 +70,10 @@ public:
     }
 
 private:
-    void extend(std::chrono::milliseconds limit, bool hasAnswered) {
+    void extend(std::chrono::milliseconds limit)
+    {
         const std::lock_guard lock(m_mutex);
-        m_hasAnswered = hasAnswered;
+        m_hasAnswered = true;
         m_deadline = Clock::now() + limit;
         m_changed.notify_all();
     }
@@ -84,7 +91,8 @@ private:
 using Work = std::function<SecretReading(Operation&, ::SecretService*)>;
 
 /// Opens a session with the service and does the work in it.
-SecretReading performed(Operation& operation, const Work& work) {
+SecretReading performed(Operation& operation, const Work& work)
+{
     const ObjectPointer<GDBusConnection> bus(
         g_bus_get_sync(G_BUS_TYPE_SESSION, operation.cancellable(), nullptr));
     if (!bus || g_dbus_connection_is_closed(bus.get()) != FALSE)
@@ -99,7 +107,8 @@ SecretReading performed(Operation& operation, const Work& work) {
     return work(operation, service.get());
 }
 
-SecretReading performedWithin(SecretServiceLimits limits, Work work) {
+SecretReading performedWithin(SecretServiceLimits limits, Work work)
+{
     const auto operation = std::make_shared<Operation>(limits);
     try {
         std::thread([operation, work = std::move(work)] {
@@ -112,14 +121,16 @@ SecretReading performedWithin(SecretServiceLimits limits, Work work) {
 }
 
 /// Items are found by their attributes alone, whichever program stored them.
-const SecretSchema* schema() {
+const SecretSchema* schema()
+{
     static const SecretSchema* const schema =
         secret_schema_new("org.freedesktop.Secret.Generic", SECRET_SCHEMA_DONT_MATCH_NAME, "service",
                           SECRET_SCHEMA_ATTRIBUTE_STRING, "account", SECRET_SCHEMA_ATTRIBUTE_STRING, nullptr);
     return schema;
 }
 
-Attributes attributes(const QString& service, const QString& account) {
+Attributes attributes(const QString& service, const QString& account)
+{
     return Attributes(secret_attributes_build(schema(), "service", service.toUtf8().constData(), "account",
                                               account.toUtf8().constData(), nullptr));
 }
@@ -129,7 +140,8 @@ struct Search {
     ObjectList items;
 };
 
-Search search(Operation& operation, ::SecretService* service, GHashTable* names, SecretSearchFlags flags) {
+Search search(Operation& operation, ::SecretService* service, GHashTable* names, SecretSearchFlags flags)
+{
     GError* error = nullptr;
     GList* items =
         secret_service_search_sync(service, schema(), names, flags, operation.cancellable(), &error);
@@ -138,12 +150,14 @@ Search search(Operation& operation, ::SecretService* service, GHashTable* names,
     return {succeeded, ObjectList(items)};
 }
 
-SecretItem* itemOf(GList* element) {
+SecretItem* itemOf(GList* element)
+{
     return SECRET_ITEM(element->data);
 }
 
 /// Unlocks an item, which may mean that the desktop asks the user. Answers whether it is open now.
-bool unlocked(Operation& operation, ::SecretService* service, SecretItem* item) {
+bool unlocked(Operation& operation, ::SecretService* service, SecretItem* item)
+{
     if (secret_item_get_locked(item) == FALSE)
         return true;
     operation.expectQuestion();
@@ -153,15 +167,16 @@ bool unlocked(Operation& operation, ::SecretService* service, SecretItem* item) 
     return count == 1;
 }
 
-SecretReading readItem(Operation& operation, ::SecretService* service, GHashTable* names) {
+SecretReading readItem(Operation& operation, ::SecretService* service, GHashTable* names)
+{
     const Search found = search(operation, service, names, SECRET_SEARCH_NONE);
     if (!found.succeeded)
         return {SecretStatus::failed, {}};
     if (!found.items)
         return {SecretStatus::notFound, {}};
     SecretItem* item = itemOf(found.items.get());
-    if (!unlocked(operation, service, item) ||
-        secret_item_load_secret_sync(item, operation.cancellable(), nullptr) == FALSE)
+    if (!unlocked(operation, service, item)
+        || secret_item_load_secret_sync(item, operation.cancellable(), nullptr) == FALSE)
         return {SecretStatus::failed, {}};
     SecretValue* value = secret_item_get_secret(item);
     if (value == nullptr)
@@ -173,7 +188,8 @@ SecretReading readItem(Operation& operation, ::SecretService* service, GHashTabl
     return reading;
 }
 
-SecretStatus removeItems(Operation& operation, ::SecretService* service, GHashTable* names) {
+SecretStatus removeItems(Operation& operation, ::SecretService* service, GHashTable* names)
+{
     const Search found = search(operation, service, names, SECRET_SEARCH_ALL);
     if (!found.succeeded)
         return SecretStatus::failed;
@@ -182,15 +198,16 @@ SecretStatus removeItems(Operation& operation, ::SecretService* service, GHashTa
     SecretStatus status = SecretStatus::success;
     for (GList* element = found.items.get(); element != nullptr; element = element->next) {
         SecretItem* item = itemOf(element);
-        if (!unlocked(operation, service, item) ||
-            secret_item_delete_sync(item, operation.cancellable(), nullptr) == FALSE)
+        if (!unlocked(operation, service, item)
+            || secret_item_delete_sync(item, operation.cancellable(), nullptr) == FALSE)
             status = SecretStatus::failed;
     }
     return status;
 }
 
 SecretStatus addItem(Operation& operation, ::SecretService* service, GHashTable* names,
-                     const QByteArray& label, const QByteArray& secret) {
+                     const QByteArray& label, const QByteArray& secret)
+{
     SecretValue* value =
         secret_value_new(secret.constData(), static_cast<gssize>(secret.size()), "text/plain");
     // A locked collection is unlocked, and a missing one created, on the way.
@@ -205,15 +222,20 @@ SecretStatus addItem(Operation& operation, ::SecretService* service, GHashTable*
 } // namespace
 
 SecretService::SecretService(QString label, SecretServiceLimits limits)
-    : m_label(std::move(label)), m_limits(limits) {}
+    : m_label(std::move(label))
+    , m_limits(limits)
+{
+}
 
-SecretReading SecretService::read(const QString& service, const QString& account) {
+SecretReading SecretService::read(const QString& service, const QString& account)
+{
     return performedWithin(m_limits, [service, account](Operation& operation, ::SecretService* secrets) {
         return readItem(operation, secrets, attributes(service, account).get());
     });
 }
 
-SecretStatus SecretService::add(const QByteArray& secret, const QString& service, const QString& account) {
+SecretStatus SecretService::add(const QByteArray& secret, const QString& service, const QString& account)
+{
     const auto work = [secret, service, account, label = m_label.toUtf8()](
                           Operation& operation, ::SecretService* secrets) -> SecretReading {
         return {addItem(operation, secrets, attributes(service, account).get(), label, secret), {}};
@@ -221,7 +243,8 @@ SecretStatus SecretService::add(const QByteArray& secret, const QString& service
     return performedWithin(m_limits, work).status;
 }
 
-SecretStatus SecretService::remove(const QString& service, const QString& account) {
+SecretStatus SecretService::remove(const QString& service, const QString& account)
+{
     const auto work = [service, account](Operation& operation, ::SecretService* secrets) -> SecretReading {
         return {removeItems(operation, secrets, attributes(service, account).get()), {}};
     };

@@ -23,23 +23,31 @@ public:
     };
 
     ScriptedStorage(QString name, Answers answers, QStringList& calls)
-        : m_name(std::move(name)), m_answers(std::move(answers)), m_calls(calls) {}
+        : m_name(std::move(name))
+        , m_answers(std::move(answers))
+        , m_calls(calls)
+    {
+    }
 
-    SecretReading read(const QString& service, const QString& account) override {
+    SecretReading read(const QString& service, const QString& account) override
+    {
         note("read"_L1, service, account);
         return m_answers.reading;
     }
-    Status add(const QByteArray& secret, const QString& service, const QString& account) override {
+    Status add(const QByteArray& secret, const QString& service, const QString& account) override
+    {
         note("add "_L1 + QString::fromUtf8(secret), service, account);
         return m_answers.addition;
     }
-    Status remove(const QString& service, const QString& account) override {
+    Status remove(const QString& service, const QString& account) override
+    {
         note("remove"_L1, service, account);
         return m_answers.removal;
     }
 
 private:
-    void note(const QString& call, const QString& service, const QString& account) {
+    void note(const QString& call, const QString& service, const QString& account)
+    {
         m_calls.append(m_name + ": "_L1 + call + ' '_L1 + service + '/'_L1 + account);
     }
 
@@ -48,7 +56,8 @@ private:
     QStringList& m_calls;
 };
 
-Keychain keychain(ScriptedStorage::Answers first, ScriptedStorage::Answers second, QStringList& calls) {
+Keychain keychain(ScriptedStorage::Answers first, ScriptedStorage::Answers second, QStringList& calls)
+{
     std::vector<std::unique_ptr<SecretStorage>> storages;
     storages.push_back(std::make_unique<ScriptedStorage>(u"1"_s, std::move(first), calls));
     storages.push_back(std::make_unique<ScriptedStorage>(u"2"_s, std::move(second), calls));
@@ -64,7 +73,8 @@ struct ReadCase {
 
 class KeychainReading : public testing::TestWithParam<ReadCase> {};
 
-TEST_P(KeychainReading, FollowsTheOutcomes) {
+TEST_P(KeychainReading, FollowsTheOutcomes)
+{
     QStringList calls;
     Keychain store = keychain({.reading = GetParam().first}, {.reading = GetParam().second}, calls);
     EXPECT_EQ(store.string(u"token"_s), GetParam().expected);
@@ -102,7 +112,8 @@ struct WriteCase {
 
 class KeychainWriting : public testing::TestWithParam<WriteCase> {};
 
-TEST_P(KeychainWriting, RemovesThenAddsUntilOnePlaceTakesIt) {
+TEST_P(KeychainWriting, RemovesThenAddsUntilOnePlaceTakesIt)
+{
     QStringList calls;
     Keychain store = keychain({.addition = GetParam().first, .removal = Status::failed},
                               {.addition = GetParam().second, .removal = Status::failed}, calls);
@@ -120,7 +131,8 @@ INSTANTIATE_TEST_SUITE_P(Keychain, KeychainWriting,
                                          WriteCase{Status::unavailable, Status::unavailable, false, true},
                                          WriteCase{Status::unavailable, Status::failed, false, true}));
 
-TEST(Keychain, DeletionClearsBothPlacesWhateverTheyAnswer) {
+TEST(Keychain, DeletionClearsBothPlacesWhateverTheyAnswer)
+{
     for (const Status status : {Status::success, Status::notFound, Status::unavailable, Status::failed}) {
         QStringList calls;
         Keychain store = keychain({.removal = status}, {.removal = status}, calls);

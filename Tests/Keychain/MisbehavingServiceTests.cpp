@@ -26,7 +26,8 @@ struct Misbehaviour {
 
 class SecretServiceMisbehaving : public testing::TestWithParam<Misbehaviour> {};
 
-TEST_P(SecretServiceMisbehaving, EndsInBoundedTimeWithTheRightOutcome) {
+TEST_P(SecretServiceMisbehaving, EndsInBoundedTimeWithTheRightOutcome)
+{
     const Misbehaviour& expected = GetParam();
     // Calls given up on may hold their connection a little longer, so every case uses the same bus.
     static PrivateBus bus;

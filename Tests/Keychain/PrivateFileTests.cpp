@@ -17,7 +17,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-mode_t modeOf(const QString& path) {
+mode_t modeOf(const QString& path)
+{
     struct stat status {};
     return ::lstat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
@@ -29,7 +30,8 @@ protected:
     PrivateFile file{path};
 };
 
-TEST_F(PrivateFileTest, IsClosedToOthersWhateverTheUmask) {
+TEST_F(PrivateFileTest, IsClosedToOthersWhateverTheUmask)
+{
     const mode_t earlier = ::umask(0);
     EXPECT_TRUE(file.write("one"));
     ::umask(earlier);
@@ -39,7 +41,8 @@ TEST_F(PrivateFileTest, IsClosedToOthersWhateverTheUmask) {
     EXPECT_EQ(file.read(), "one");
 }
 
-TEST_F(PrivateFileTest, ReplacesTheWholeFileAndLeavesNothingElseBehind) {
+TEST_F(PrivateFileTest, ReplacesTheWholeFileAndLeavesNothingElseBehind)
+{
     ASSERT_TRUE(file.write("a longer first text"));
     QFile earlier(path);
     ASSERT_TRUE(earlier.open(QIODevice::ReadOnly));
@@ -51,7 +54,8 @@ TEST_F(PrivateFileTest, ReplacesTheWholeFileAndLeavesNothingElseBehind) {
               QStringList{u"secret"_s});
 }
 
-TEST_F(PrivateFileTest, NobodySeesAHalfWrittenFile) {
+TEST_F(PrivateFileTest, NobodySeesAHalfWrittenFile)
+{
     const QByteArray first(PrivateFile::sizeLimit, 'a');
     const QByteArray second(PrivateFile::sizeLimit, 'b');
     ASSERT_TRUE(file.write(first));
@@ -68,7 +72,8 @@ TEST_F(PrivateFileTest, NobodySeesAHalfWrittenFile) {
     writer.join();
 }
 
-TEST_F(PrivateFileTest, AFailedReplacementKeepsTheOldContents) {
+TEST_F(PrivateFileTest, AFailedReplacementKeepsTheOldContents)
+{
     ASSERT_TRUE(file.write("one"));
     EXPECT_FALSE(file.write(QByteArray(PrivateFile::sizeLimit + 1, 'x')));
     EXPECT_EQ(file.read(), "one");
@@ -84,7 +89,8 @@ TEST_F(PrivateFileTest, AFailedReplacementKeepsTheOldContents) {
     EXPECT_FALSE(PrivateFile(path + u"/below"_s).write("three"));
 }
 
-TEST_F(PrivateFileTest, ReadsOnlyARegularFileWithinTheLimit) {
+TEST_F(PrivateFileTest, ReadsOnlyARegularFileWithinTheLimit)
+{
     ASSERT_TRUE(QDir().mkpath(directory.filePath(u"a/b"_s)));
     EXPECT_EQ(file.read(), std::nullopt) << "absent";
 
@@ -107,14 +113,16 @@ TEST_F(PrivateFileTest, ReadsOnlyARegularFileWithinTheLimit) {
     EXPECT_EQ(file.read(), std::nullopt) << "too large";
 }
 
-TEST_F(PrivateFileTest, ClosesAFileThatOthersCouldRead) {
+TEST_F(PrivateFileTest, ClosesAFileThatOthersCouldRead)
+{
     ASSERT_TRUE(file.write("one"));
     ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), 0644), 0);
     EXPECT_EQ(file.read(), "one");
     EXPECT_EQ(modeOf(path), 0600u);
 }
 
-TEST_F(PrivateFileTest, RemovalSucceedsWhenNothingIsLeft) {
+TEST_F(PrivateFileTest, RemovalSucceedsWhenNothingIsLeft)
+{
     EXPECT_TRUE(file.remove());
     ASSERT_TRUE(file.write("one"));
     EXPECT_TRUE(file.remove());
@@ -122,7 +130,8 @@ TEST_F(PrivateFileTest, RemovalSucceedsWhenNothingIsLeft) {
     EXPECT_TRUE(PrivateFile(path + u"/below"_s).remove());
 }
 
-TEST_F(PrivateFileTest, StorageKeepsEntriesApart) {
+TEST_F(PrivateFileTest, StorageKeepsEntriesApart)
+{
     PrivateFileStorage storage(directory.filePath(u"keychain"_s));
     const QStringList names{u"a"_s, u"b"_s, u"a/b"_s, u".."_s, u"."_s, u""_s, u"\u00e9"_s};
     for (const QString& service : names) {

@@ -1,6 +1,6 @@
 #include "PrivateKeyring.h"
 
-#include "Support/WaitUntil.h"
+#include "Support/Waiting.h"
 
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
@@ -27,14 +27,16 @@ struct PlainSecret {
     QByteArray value;
 };
 
-QDBusArgument& operator<<(QDBusArgument& argument, const PlainSecret& secret) {
+QDBusArgument& operator<<(QDBusArgument& argument, const PlainSecret& secret)
+{
     argument.beginStructure();
     argument << secret.session << QByteArray() << secret.value << u"text/plain"_s;
     argument.endStructure();
     return argument;
 }
 
-const QDBusArgument& operator>>(const QDBusArgument& argument, PlainSecret& secret) {
+const QDBusArgument& operator>>(const QDBusArgument& argument, PlainSecret& secret)
+{
     QByteArray parameters;
     QString contentType;
     argument.beginStructure();
@@ -46,7 +48,8 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, PlainSecret& secr
 } // namespace
 
 PrivateKeyring::PrivateKeyring(const PrivateBus& bus)
-    : m_connection(QDBusConnection::connectToBus(bus.address(), QUuid::createUuid().toString())) {
+    : m_connection(QDBusConnection::connectToBus(bus.address(), QUuid::createUuid().toString()))
+{
     qDBusRegisterMetaType<Attributes>();
     qDBusRegisterMetaType<PlainSecret>();
     QProcess& daemon = m_daemon.process();
@@ -54,27 +57,32 @@ PrivateKeyring::PrivateKeyring(const PrivateBus& bus)
                                              u"--control-directory=%1/keyring"_s.arg(bus.directory())});
     daemon.write("password");
     daemon.closeWriteChannel();
-    waitUntil([&] { return isRunning() || daemon.state() == QProcess::NotRunning; });
+    // Whoever uses the keyring asks whether it runs.
+    static_cast<void>(waitUntil([&] { return isRunning() || daemon.state() == QProcess::NotRunning; }));
 }
 
-PrivateKeyring::~PrivateKeyring() {
+PrivateKeyring::~PrivateKeyring()
+{
     QDBusConnection::disconnectFromBus(m_connection.name());
 }
 
-bool PrivateKeyring::isRunning() const {
+bool PrivateKeyring::isRunning() const
+{
     return m_connection.isConnected() && m_connection.interface()->isServiceRegistered(serviceName);
 }
 
-bool PrivateKeyring::lock() {
+bool PrivateKeyring::lock()
+{
     QDBusInterface service(serviceName, u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service"_s,
                            m_connection);
     const QList<QDBusObjectPath> collections{QDBusObjectPath(collectionPath)};
     const QDBusMessage reply = service.call(u"Lock"_s, QVariant::fromValue(collections));
-    return reply.type() == QDBusMessage::ReplyMessage &&
-           qdbus_cast<QList<QDBusObjectPath>>(reply.arguments().constFirst()) == collections;
+    return reply.type() == QDBusMessage::ReplyMessage
+           && qdbus_cast<QList<QDBusObjectPath>>(reply.arguments().constFirst()) == collections;
 }
 
-QList<PrivateKeyring::Attributes> PrivateKeyring::items() const {
+QList<PrivateKeyring::Attributes> PrivateKeyring::items() const
+{
     const auto property = [this](const QString& path, const QString& interface, const QString& name) {
         QDBusInterface object(serviceName, path, u"org.freedesktop.DBus.Properties"_s, m_connection);
         return QDBusReply<QDBusVariant>(object.call(u"Get"_s, interface, name)).value().variant();
@@ -93,7 +101,8 @@ QList<PrivateKeyring::Attributes> PrivateKeyring::items() const {
     return all;
 }
 
-bool PrivateKeyring::store(const Attributes& attributes, const QByteArray& secret) {
+bool PrivateKeyring::store(const Attributes& attributes, const QByteArray& secret)
+{
     QDBusInterface service(serviceName, u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service"_s,
                            m_connection);
     const QDBusMessage session =
@@ -108,8 +117,8 @@ bool PrivateKeyring::store(const Attributes& attributes, const QByteArray& secre
     const PlainSecret value{session.arguments().at(1).value<QDBusObjectPath>(), secret};
     QDBusInterface collection(serviceName, collectionPath, u"org.freedesktop.Secret.Collection"_s,
                               m_connection);
-    return collection.call(u"CreateItem"_s, properties, QVariant::fromValue(value), false).type() ==
-           QDBusMessage::ReplyMessage;
+    return collection.call(u"CreateItem"_s, properties, QVariant::fromValue(value), false).type()
+           == QDBusMessage::ReplyMessage;
 }
 
 } // namespace orvia::test

@@ -20,11 +20,13 @@ constexpr auto promptPath = "/org/freedesktop/secrets/prompt/1"_L1;
 
 using Paths = QList<QDBusObjectPath>;
 
-QVariant path(const QString& text) {
+QVariant path(const QString& text)
+{
     return QVariant::fromValue(QDBusObjectPath(text));
 }
 
-QVariantMap lockedItem() {
+QVariantMap lockedItem()
+{
     return {
         {u"Locked"_s, true},
         {u"Label"_s, u"Locked"_s},
@@ -37,7 +39,9 @@ QVariantMap lockedItem() {
 } // namespace
 
 ScriptedSecretService::ScriptedSecretService(const PrivateBus& bus, Behaviour behaviour)
-    : m_connectionName(QUuid::createUuid().toString()), m_behaviour(behaviour) {
+    : m_connectionName(QUuid::createUuid().toString())
+    , m_behaviour(behaviour)
+{
     qDBusRegisterMetaType<QMap<QString, QString>>();
     m_thread.start();
     moveToThread(&m_thread);
@@ -51,7 +55,8 @@ ScriptedSecretService::ScriptedSecretService(const PrivateBus& bus, Behaviour be
         Qt::BlockingQueuedConnection);
 }
 
-ScriptedSecretService::~ScriptedSecretService() {
+ScriptedSecretService::~ScriptedSecretService()
+{
     QDBusConnection(m_connectionName)
         .unregisterObject(u"/org/freedesktop/secrets"_s, QDBusConnection::UnregisterTree);
     QDBusConnection::disconnectFromBus(m_connectionName);
@@ -59,13 +64,15 @@ ScriptedSecretService::~ScriptedSecretService() {
     m_thread.wait();
 }
 
-QString ScriptedSecretService::introspect(const QString&) const {
+QString ScriptedSecretService::introspect(const QString&) const
+{
     return {};
 }
 
-bool ScriptedSecretService::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
-    if (m_behaviour == Behaviour::silent ||
-        (m_behaviour == Behaviour::silentInSearch && message.member() == "SearchItems"_L1)) {
+bool ScriptedSecretService::handleMessage(const QDBusMessage& message, const QDBusConnection& connection)
+{
+    if (m_behaviour == Behaviour::silent
+        || (m_behaviour == Behaviour::silentInSearch && message.member() == "SearchItems"_L1)) {
         message.setDelayedReply(true);
         return true;
     }
@@ -81,7 +88,8 @@ bool ScriptedSecretService::handleMessage(const QDBusMessage& message, const QDB
     return true;
 }
 
-QVariantList ScriptedSecretService::answer(const QDBusMessage& message, const QDBusConnection& connection) {
+QVariantList ScriptedSecretService::answer(const QDBusMessage& message, const QDBusConnection& connection)
+{
     const QString member = message.member();
     if (member == "OpenSession"_L1)
         return {QVariant::fromValue(QDBusVariant(QString())), path(u"/org/freedesktop/secrets/session/1"_s)};

@@ -27,7 +27,8 @@ const QString key = u"agentToken"_s;
 const PrivateKeyring::Attributes expectedAttributes{{u"service"_s, service}, {u"account"_s, key}};
 
 /// Everything below the private data directory that is a file, with its contents.
-QMap<QString, QByteArray> privateFiles(const PrivateBus& bus) {
+QMap<QString, QByteArray> privateFiles(const PrivateBus& bus)
+{
     QMap<QString, QByteArray> files;
     QDirIterator entries(bus.dataHome() + u"/orvia"_s, QDir::Files | QDir::Hidden,
                          QDirIterator::Subdirectories);
@@ -47,7 +48,8 @@ protected:
     Keychain keychain{service};
 };
 
-TEST_F(KeychainOnDesktop, KeepsReplacesAndDeletesAnItemInTheKeyring) {
+TEST_F(KeychainOnDesktop, KeepsReplacesAndDeletesAnItemInTheKeyring)
+{
     PrivateKeyring keyring(bus);
     ASSERT_TRUE(keyring.isRunning());
     EXPECT_EQ(keychain.string(key), std::nullopt);
@@ -70,7 +72,8 @@ TEST_F(KeychainOnDesktop, KeepsReplacesAndDeletesAnItemInTheKeyring) {
     EXPECT_TRUE(keychain.set(std::nullopt, key));
 }
 
-TEST_F(KeychainOnDesktop, ReadsWhatAnotherProgramStoredUnderTheSameAttributes) {
+TEST_F(KeychainOnDesktop, ReadsWhatAnotherProgramStoredUnderTheSameAttributes)
+{
     PrivateKeyring keyring(bus);
     ASSERT_TRUE(keyring.store(expectedAttributes, "from outside"));
     EXPECT_EQ(keychain.string(key), u"from outside"_s);
@@ -81,7 +84,8 @@ TEST_F(KeychainOnDesktop, ReadsWhatAnotherProgramStoredUnderTheSameAttributes) {
     EXPECT_EQ(keychain.string(key), std::nullopt);
 }
 
-TEST_F(KeychainOnDesktop, RemovesEveryItemThatAnotherProgramLeft) {
+TEST_F(KeychainOnDesktop, RemovesEveryItemThatAnotherProgramLeft)
+{
     PrivateKeyring keyring(bus);
     ASSERT_TRUE(keyring.store(expectedAttributes, "one"));
     PrivateKeyring::Attributes more = expectedAttributes;
@@ -92,7 +96,8 @@ TEST_F(KeychainOnDesktop, RemovesEveryItemThatAnotherProgramLeft) {
     EXPECT_TRUE(keyring.items().isEmpty());
 }
 
-TEST_F(KeychainOnDesktop, ALockedKeyringGivesNothingAndTheFileIsNotUsedInstead) {
+TEST_F(KeychainOnDesktop, ALockedKeyringGivesNothingAndTheFileIsNotUsedInstead)
+{
     PrivateKeyring keyring(bus);
     ASSERT_TRUE(keychain.set(u"secret"_s, key));
     ASSERT_TRUE(keyring.lock());
@@ -101,7 +106,8 @@ TEST_F(KeychainOnDesktop, ALockedKeyringGivesNothingAndTheFileIsNotUsedInstead) 
     EXPECT_TRUE(privateFiles(bus).isEmpty());
 }
 
-TEST_F(KeychainOnDesktop, UsesThePrivateFileWhereNoSecretServiceAnswers) {
+TEST_F(KeychainOnDesktop, UsesThePrivateFileWhereNoSecretServiceAnswers)
+{
     EXPECT_EQ(keychain.string(key), std::nullopt);
     EXPECT_TRUE(keychain.set(u"t\u00f6ken"_s, key));
     EXPECT_EQ(keychain.string(key), u"t\u00f6ken"_s);
@@ -128,7 +134,8 @@ TEST_F(KeychainOnDesktop, UsesThePrivateFileWhereNoSecretServiceAnswers) {
     EXPECT_EQ(keychain.string(key), std::nullopt);
 }
 
-TEST_F(KeychainOnDesktop, WorksWithoutABus) {
+TEST_F(KeychainOnDesktop, WorksWithoutABus)
+{
     {
         // A bus that ends takes no program with it.
         PrivateKeyring keyring(bus);
@@ -147,7 +154,8 @@ TEST_F(KeychainOnDesktop, WorksWithoutABus) {
     EXPECT_TRUE(privateFiles(bus).isEmpty());
 }
 
-TEST_F(KeychainOnDesktop, AKeyringKilledBeforeItAnswersIsNoKeyring) {
+TEST_F(KeychainOnDesktop, AKeyringKilledBeforeItAnswersIsNoKeyring)
+{
     PrivateKeyring keyring(bus);
     const auto daemon = static_cast<pid_t>(keyring.processId());
     ASSERT_EQ(::kill(daemon, SIGSTOP), 0);

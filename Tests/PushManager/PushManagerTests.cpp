@@ -2,11 +2,12 @@
 
 #include "Platform/PrivateFile.h"
 #include "Support/BusPeers.h"
-#include "Support/WaitUntil.h"
+#include "Support/Waiting.h"
 
 #include <gmock/gmock.h>
 
 #include <QCoreApplication>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QUuid>
@@ -24,7 +25,8 @@ namespace {
 const QString ownService = u"io.tessaly.Orvia"_s;
 const QStringList everything{u"actions"_s, u"body"_s, u"body-markup"_s};
 
-TEST(PushManagerTokens, AreTwoLowerCaseHexadecimalDigitsPerByte) {
+TEST(PushManagerTokens, AreTwoLowerCaseHexadecimalDigitsPerByte)
+{
     const std::pair<QByteArray, QString> cases[] = {
         {QByteArray("\x00\x0a\xff", 3), u"000aff"_s},
         {{}, u""_s},
@@ -42,7 +44,8 @@ TEST(PushManagerTokens, AreTwoLowerCaseHexadecimalDigitsPerByte) {
     }
 }
 
-TEST(PushManagerTaps, OpenTheConversationThatIsNamedByAString) {
+TEST(PushManagerTaps, OpenTheConversationThatIsNamedByAString)
+{
     PushManager manager;
     manager.handleTap({{u"conversationId"_s, u"lost"_s}});
     QStringList opened;
@@ -56,7 +59,8 @@ TEST(PushManagerTaps, OpenTheConversationThatIsNamedByAString) {
     EXPECT_EQ(opened, QStringList{u"c42"_s});
 }
 
-TEST(PushManagerShared, IsOneObjectAndHarmlessWithoutADesktop) {
+TEST(PushManagerShared, IsOneObjectAndHarmlessWithoutADesktop)
+{
     EXPECT_EQ(&PushManager::shared(), &PushManager::shared());
     PushManager::shared().start();
     QCoreApplication::processEvents();
@@ -67,7 +71,8 @@ class PushManagerOnDesktop : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(bus.isRunning()); }
 
-    std::unique_ptr<PushManager> connected() {
+    std::unique_ptr<PushManager> connected()
+    {
         auto manager = std::make_unique<PushManager>();
         manager->connectToDesktop({
             .isFrontmost = [this] { return isFrontmost; },
@@ -82,14 +87,16 @@ protected:
     }
 
     /// The distributor's call has been answered, so whatever it causes at once has been caused.
-    static void deliver(Distributor& distributor, const QString& method, const QVariantList& arguments) {
+    static void deliver(Distributor& distributor, const QString& method, const QVariantList& arguments)
+    {
         distributor.callConnector(ownService, method, arguments);
         ASSERT_TRUE(waitUntil([&] { return distributor.lastCall.isFinished(); }));
         ASSERT_FALSE(distributor.lastCall.isError());
     }
 
     /// Registers and returns the token that the distributor got.
-    static QString registeredToken(PushManager& manager, Distributor& distributor) {
+    static QString registeredToken(PushManager& manager, Distributor& distributor)
+    {
         const qsizetype before = distributor.registrations.size();
         manager.start();
         EXPECT_TRUE(waitUntil([&] { return distributor.registrations.size() > before; }));
@@ -104,7 +111,8 @@ protected:
     QStringList opened;
 };
 
-TEST_F(PushManagerOnDesktop, RegistersOnEveryStartAndReportsEveryEndpoint) {
+TEST_F(PushManagerOnDesktop, RegistersOnEveryStartAndReportsEveryEndpoint)
+{
     NotificationServer server(bus, everything);
     Distributor distributor(bus, u"test"_s);
     const auto manager = connected();
@@ -128,13 +136,17 @@ TEST_F(PushManagerOnDesktop, RegistersOnEveryStartAndReportsEveryEndpoint) {
     EXPECT_EQ(tokens.size(), 2);
 }
 
-TEST_F(PushManagerOnDesktop, KeepsItsTokenAndDistributorAcrossRuns) {
+TEST_F(PushManagerOnDesktop, KeepsItsTokenAndDistributorAcrossRuns)
+{
     NotificationServer server(bus, everything);
     Distributor second(bus, u"b"_s);
     QString token;
     {
         const auto manager = connected();
         token = registeredToken(*manager, second);
+        const PrivateFile kept(bus.dataHome() + u"/orvia/push-registration"_s);
+        ASSERT_TRUE(
+            waitUntil([&] { return kept.read().value_or(QByteArray()).contains("Distributor.b\n"); }));
     }
     Distributor first(bus, u"a"_s);
     const auto manager = connected();
@@ -146,7 +158,8 @@ TEST_F(PushManagerOnDesktop, KeepsItsTokenAndDistributorAcrossRuns) {
     EXPECT_EQ(registeredToken(*manager, first), token);
 }
 
-TEST_F(PushManagerOnDesktop, ADamagedRegistrationIsReplaced) {
+TEST_F(PushManagerOnDesktop, ADamagedRegistrationIsReplaced)
+{
     NotificationServer server(bus, everything);
     Distributor distributor(bus, u"test"_s);
     for (const QByteArray& damage : {QByteArray("guessable\n"), QByteArray("\n\n"), QByteArray("\xff\xfe")}) {
@@ -156,7 +169,8 @@ TEST_F(PushManagerOnDesktop, ADamagedRegistrationIsReplaced) {
     }
 }
 
-TEST_F(PushManagerOnDesktop, TriesTheNextDistributorWhenOneRefuses) {
+TEST_F(PushManagerOnDesktop, TriesTheNextDistributorWhenOneRefuses)
+{
     NotificationServer server(bus, everything);
     Distributor refusing(bus, u"a"_s, u"REGISTRATION_FAILED"_s);
     Distributor unknown(bus, u"b"_s, u"SOMETHING_ELSE"_s);
@@ -168,7 +182,8 @@ TEST_F(PushManagerOnDesktop, TriesTheNextDistributorWhenOneRefuses) {
     EXPECT_EQ(refusing.registrations.constLast().token, token);
 }
 
-TEST_F(PushManagerOnDesktop, ReportsNothingWhenNobodyRegistersIt) {
+TEST_F(PushManagerOnDesktop, ReportsNothingWhenNobodyRegistersIt)
+{
     NotificationServer server(bus, everything);
     const auto manager = connected();
     manager->start();
@@ -187,7 +202,8 @@ TEST_F(PushManagerOnDesktop, ReportsNothingWhenNobodyRegistersIt) {
     EXPECT_TRUE(tokens.isEmpty());
 }
 
-TEST_F(PushManagerOnDesktop, DoesNotRegisterWithoutPermission) {
+TEST_F(PushManagerOnDesktop, DoesNotRegisterWithoutPermission)
+{
     Distributor distributor(bus, u"test"_s);
     const auto manager = connected();
     manager->start();
@@ -200,7 +216,8 @@ TEST_F(PushManagerOnDesktop, DoesNotRegisterWithoutPermission) {
     EXPECT_EQ(distributor.registrations.size(), 1) << "only the start with a server registers";
 }
 
-TEST_F(PushManagerOnDesktop, WithoutABusNothingHappens) {
+TEST_F(PushManagerOnDesktop, WithoutABusNothingHappens)
+{
     PushManager manager;
     manager.connectToDesktop({.busConnection = u"no such connection"_s});
     manager.start();
@@ -209,7 +226,8 @@ TEST_F(PushManagerOnDesktop, WithoutABusNothingHappens) {
     EXPECT_EQ(manager.deviceToken, std::nullopt);
 }
 
-TEST_F(PushManagerOnDesktop, ShowsMessagesAndRoutesTheirClicks) {
+TEST_F(PushManagerOnDesktop, ShowsMessagesAndRoutesTheirClicks)
+{
     NotificationServer server(bus, everything);
     Distributor distributor(bus, u"test"_s);
     const auto manager = connected();
@@ -240,7 +258,8 @@ TEST_F(PushManagerOnDesktop, ShowsMessagesAndRoutesTheirClicks) {
     EXPECT_EQ(opened, QStringList{u"c42"_s});
 }
 
-TEST_F(PushManagerOnDesktop, ShowsNothingForAMessageThatSaysNothing) {
+TEST_F(PushManagerOnDesktop, ShowsNothingForAMessageThatSaysNothing)
+{
     NotificationServer server(bus, everything);
     Distributor distributor(bus, u"test"_s);
     const auto manager = connected();
@@ -256,6 +275,31 @@ TEST_F(PushManagerOnDesktop, ShowsNothingForAMessageThatSaysNothing) {
     ASSERT_TRUE(waitUntil([&] { return !server.shown.isEmpty(); }));
     EXPECT_EQ(server.shown.size(), 1);
     EXPECT_EQ(server.shown.constFirst().title, u"last"_s);
+}
+
+TEST(PushManagerActivation, APushStartsAProgramThatDoesNotRun)
+{
+    PrivateBus bus;
+    ASSERT_TRUE(bus.isRunning());
+    bus.addService(ownService, QStringLiteral(ORVIA_ACTIVATED_CONSOLE));
+    const QString token = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    ASSERT_TRUE(PrivateFile(bus.dataHome() + u"/orvia/push-registration"_s).write(token.toUtf8() + "\n\n"));
+
+    NotificationServer server(bus, everything);
+    Distributor distributor(bus, u"test"_s);
+    distributor.callConnector(ownService, u"Message"_s,
+                              {token, QByteArray(R"({"title":"Ann","conversationId":"c1"})"), u"1"_s});
+    ASSERT_TRUE(waitUntil([&] { return server.shown.size() == 1; }));
+    EXPECT_EQ(server.shown.constFirst().title, u"Ann"_s);
+
+    // The click reaches it too: it ends with it.
+    const test::BusConnection observer(bus);
+    const auto isRunning = [&] {
+        return observer.connection().interface()->isServiceRegistered(ownService).value();
+    };
+    ASSERT_TRUE(isRunning());
+    Q_EMIT server.ActionInvoked(1, u"default"_s);
+    EXPECT_TRUE(waitUntil([&] { return !isRunning(); }));
 }
 
 } // namespace

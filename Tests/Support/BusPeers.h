@@ -14,12 +14,15 @@ namespace orvia::test {
 class BusConnection {
 public:
     explicit BusConnection(const PrivateBus& bus)
-        : m_connection(QDBusConnection::connectToBus(bus.address(), QUuid::createUuid().toString())) {}
+        : m_connection(QDBusConnection::connectToBus(bus.address(), QUuid::createUuid().toString()))
+    {
+    }
     ~BusConnection() { QDBusConnection::disconnectFromBus(name()); }
     Q_DISABLE_COPY_MOVE(BusConnection)
 
     QString name() const { return m_connection.name(); }
     QDBusConnection& connection() { return m_connection; }
+    const QDBusConnection& connection() const { return m_connection; }
 
 private:
     QDBusConnection m_connection;
@@ -42,10 +45,12 @@ public:
     };
 
     explicit NotificationServer(const PrivateBus& bus, QStringList capabilities)
-        : m_capabilities(std::move(capabilities)), m_bus(bus) {
+        : m_capabilities(std::move(capabilities))
+        , m_bus(bus)
+    {
         m_bus.connection().registerObject(QStringLiteral("/org/freedesktop/Notifications"), this,
-                                          QDBusConnection::ExportAllSlots |
-                                              QDBusConnection::ExportAllSignals);
+                                          QDBusConnection::ExportAllSlots
+                                              | QDBusConnection::ExportAllSignals);
         m_bus.connection().registerService(QStringLiteral("org.freedesktop.Notifications"));
     }
 
@@ -53,7 +58,8 @@ public:
     int permissionRequests = 0;
 
 public Q_SLOTS:
-    QString GetServerInformation(QString& vendor, QString& version, QString& specification) {
+    QString GetServerInformation(QString& vendor, QString& version, QString& specification)
+    {
         ++permissionRequests;
         vendor = version = QStringLiteral("test");
         specification = QStringLiteral("1.2");
@@ -61,7 +67,8 @@ public Q_SLOTS:
     }
     QStringList GetCapabilities() { return m_capabilities; }
     uint Notify(const QString& sender, uint, const QString& icon, const QString& title, const QString& body,
-                const QStringList& actions, const QVariantMap& hints, int timeout) {
+                const QStringList& actions, const QVariantMap& hints, int timeout)
+    {
         shown.append({sender, icon, title, body, actions, hints, timeout});
         return static_cast<uint>(shown.size());
     }
@@ -83,7 +90,9 @@ class Distributor : public QObject {
 
 public:
     Distributor(const PrivateBus& bus, const QString& name, QString answer = QStringLiteral("NEW_ENDPOINT"))
-        : m_answer(std::move(answer)), m_bus(bus) {
+        : m_answer(std::move(answer))
+        , m_bus(bus)
+    {
         m_bus.connection().registerObject(QStringLiteral("/org/unifiedpush/Distributor"), this,
                                           QDBusConnection::ExportAllSlots);
         m_bus.connection().registerService(QStringLiteral("org.unifiedpush.Distributor.") + name);
@@ -97,7 +106,8 @@ public:
     QList<Registered> registrations;
 
     /// Calls the connector of this service as the protocol has it.
-    void callConnector(const QString& service, const QString& method, const QVariantList& arguments) {
+    void callConnector(const QString& service, const QString& method, const QVariantList& arguments)
+    {
         QDBusMessage call =
             QDBusMessage::createMethodCall(service, QStringLiteral("/org/unifiedpush/Connector"),
                                            QStringLiteral("org.unifiedpush.Connector1"), method);
@@ -108,7 +118,8 @@ public:
 
 public Q_SLOTS:
     QString Register(const QString& service, const QString& token, const QString& description,
-                     QString& reason) {
+                     QString& reason)
+    {
         registrations.append({service, token, description});
         reason = m_answer == QStringLiteral("NEW_ENDPOINT") ? QString() : QStringLiteral("no account");
         return m_answer;

@@ -7,7 +7,8 @@ namespace orvia::test {
 
 using namespace Qt::StringLiterals;
 
-ChildProcess::~ChildProcess() {
+ChildProcess::~ChildProcess()
+{
     if (m_process.state() == QProcess::NotRunning)
         return;
     m_process.terminate();
@@ -15,12 +16,14 @@ ChildProcess::~ChildProcess() {
         kill();
 }
 
-void ChildProcess::kill() {
+void ChildProcess::kill()
+{
     m_process.kill();
     m_process.waitForFinished();
 }
 
-ScopedEnvironment::~ScopedEnvironment() {
+ScopedEnvironment::~ScopedEnvironment()
+{
     while (!m_saved.isEmpty()) {
         const Saved saved = m_saved.takeLast();
         if (saved.wasSet)
@@ -30,21 +33,25 @@ ScopedEnvironment::~ScopedEnvironment() {
     }
 }
 
-void ScopedEnvironment::remember(const QByteArray& name) {
+void ScopedEnvironment::remember(const QByteArray& name)
+{
     m_saved.append({name, qgetenv(name.constData()), qEnvironmentVariableIsSet(name.constData())});
 }
 
-void ScopedEnvironment::set(const QByteArray& name, const QByteArray& value) {
+void ScopedEnvironment::set(const QByteArray& name, const QByteArray& value)
+{
     remember(name);
     qputenv(name.constData(), value);
 }
 
-void ScopedEnvironment::unset(const QByteArray& name) {
+void ScopedEnvironment::unset(const QByteArray& name)
+{
     remember(name);
     qunsetenv(name.constData());
 }
 
-PrivateBus::PrivateBus() {
+PrivateBus::PrivateBus()
+{
     const QDir directory(m_directory.path());
     const std::pair<const char*, QString> variables[] = {
         {"HOME", u"home"_s},
@@ -84,17 +91,20 @@ PrivateBus::PrivateBus() {
 
 PrivateBus::~PrivateBus() = default;
 
-bool PrivateBus::isRunning() const {
+bool PrivateBus::isRunning() const
+{
     return !m_address.isEmpty();
 }
 
-void PrivateBus::addService(const QString& name, const QString& commandLine) {
+void PrivateBus::addService(const QString& name, const QString& commandLine)
+{
     QFile file(m_directory.filePath(u"services/%1.service"_s.arg(name)));
     if (file.open(QIODevice::WriteOnly))
         file.write(u"[D-BUS Service]\nName=%1\nExec=%2\n"_s.arg(name, commandLine).toUtf8());
 }
 
-void PrivateBus::kill() {
+void PrivateBus::kill()
+{
     m_daemon.kill();
 }
 
