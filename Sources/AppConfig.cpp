@@ -26,7 +26,7 @@ QVariant configuredEntry()
     const QStringList files =
         QStandardPaths::locateAll(QStandardPaths::GenericConfigLocation, u"orvia/orvia.conf"_s);
     for (const QString& file : files) {
-        if (const QVariant entry = entryIn(file); entry.isValid())
+        if (QVariant entry = entryIn(file); entry.isValid())
             return entry;
     }
     return {};

@@ -18,11 +18,11 @@ struct Probe {
     QStringList keys;
 };
 
-bool readValue(const json::Element& element, Probe& probe, json::Failure& failure)
+bool readValue(const json::Element& element, Probe& probe, json::Context& context)
 {
     simdjson::dom::object object;
     if (element.get(object) != simdjson::SUCCESS)
-        return failure.typeMismatch(u"an object");
+        return context.typeMismatch(u"an object");
     for (const auto member : object)
         probe.keys.append(json::toQString(member.key));
     return true;

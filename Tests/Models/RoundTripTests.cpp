@@ -68,6 +68,27 @@ TYPED_TEST(RoundTrips, EqualityAndHashCoverEveryMember)
     }
 }
 
+TEST(RoundTripsOfPages, TextsAreSharedAndNeverMixedUp)
+{
+    RecordGenerator generator(7);
+    ConversationsResponse page;
+    for (int i = 0; i < 500; ++i) {
+        auto conversation = generator.make<Conversation>();
+        conversation.id = QStringLiteral("66321fcc%1").arg(i);
+        conversation.productId = i % 2 == 0 ? QStringLiteral("66321fdd0") : QStringLiteral("66321fdd1");
+        // Alike at both ends, different in the middle.
+        conversation.visitor.name = QStringLiteral("A visitor, number %1, of the shop").arg(i);
+        page.conversations.wrappedValue.push_back(conversation);
+    }
+    const auto read = decoded<ConversationsResponse>(encoded(page));
+    ASSERT_EQ(read, page);
+    const auto& conversations = read->conversations.wrappedValue;
+    int shared = 0;
+    for (std::size_t i = 2; i < conversations.size(); ++i)
+        shared += conversations[i].productId.isSharedWith(conversations[i - 2].productId) ? 1 : 0;
+    EXPECT_GE(shared, 400);
+}
+
 TEST(Hashing, RecordsAreKeysOfASet)
 {
     RecordGenerator generator(1);

@@ -2,9 +2,9 @@
 
 #include "Models/JSON/Tolerance.h"
 
-#include <QHash>
-
+#include <cstring>
 #include <mutex>
+#include <unordered_map>
 
 namespace orvia::json {
 
@@ -61,7 +61,7 @@ simdjson::error_code parse(simdjson::dom::parser& parser, std::string_view docum
 
 } // namespace
 
-DecodingError Failure::error() const
+DecodingError Context::error() const
 {
     switch (m_kind) {
     case DecodingError::Kind::typeMismatch:
@@ -71,6 +71,26 @@ DecodingError Failure::error() const
     default:
         return {m_kind, m_description};
     }
+}
+
+QString TextPool::text(std::string_view text)
+{
+    constexpr std::size_t longestShared = 256;
+    if (text.empty() || text.size() > longestShared)
+        return toQString(text);
+    // Both ends tell most texts apart; telling all of them apart is the comparison's task.
+    std::uint64_t head = 0;
+    std::uint64_t tail = 0;
+    const std::size_t length = std::min(text.size(), sizeof head);
+    std::memcpy(&head, text.data(), length);
+    std::memcpy(&tail, text.data() + text.size() - length, length);
+    constexpr std::uint64_t odd = 0x9E3779B97F4A7C15;
+    const std::uint64_t mixed = ((head * odd) ^ tail ^ text.size()) * odd;
+    constexpr int indexShift = 64 - std::countr_zero(size);
+    Entry& entry = m_entries[mixed >> indexShift];
+    if (entry.utf8 != text)
+        entry = {text, toQString(text)};
+    return entry.text;
 }
 
 ParsedDocument::ParsedDocument(QByteArrayView bytes)
@@ -98,21 +118,21 @@ ParsedDocument::~ParsedDocument()
     ParserPool::shared().giveBack(std::move(m_parser));
 }
 
-bool readValue(const Element& element, QString& value, Failure& failure)
+bool readValue(const Element& element, QString& value, Context& context)
 {
     std::string_view text;
     if (element.get(text) != simdjson::SUCCESS)
-        return failure.typeMismatch(u"a string");
-    value = toQString(text);
+        return context.typeMismatch(u"a string");
+    value = context.text(text);
     return true;
 }
 
-bool readValue(const Element& element, bool& value, Failure& failure)
+bool readValue(const Element& element, bool& value, Context& context)
 {
-    return element.get(value) == simdjson::SUCCESS || failure.typeMismatch(u"a boolean");
+    return element.get(value) == simdjson::SUCCESS || context.typeMismatch(u"a boolean");
 }
 
-bool readValue(const Element& element, qint64& value, Failure& failure)
+bool readValue(const Element& element, qint64& value, Context& context)
 {
     std::int64_t integer = 0;
     if (element.get(integer) == simdjson::SUCCESS) {
@@ -126,17 +146,17 @@ bool readValue(const Element& element, qint64& value, Failure& failure)
         value = static_cast<qint64>(number);
         return true;
     }
-    return failure.typeMismatch(u"an integer");
+    return context.typeMismatch(u"an integer");
 }
 
-bool readValue(const Element& element, Instant& value, Failure& failure)
+bool readValue(const Element& element, Instant& value, Context& context)
 {
     std::string_view text;
     if (element.get(text) != simdjson::SUCCESS)
-        return failure.typeMismatch(u"a string");
+        return context.typeMismatch(u"a string");
     const auto instant = instantFromISO8601(text);
     if (!instant)
-        return failure.corruptedData(u"Unrecognized date: "_s + toQString(text));
+        return context.corruptedData(u"Unrecognized date: "_s + toQString(text));
     value = *instant;
     return true;
 }
@@ -144,11 +164,11 @@ bool readValue(const Element& element, Instant& value, Failure& failure)
 namespace {
 
 /// The text that stands for a value of custom data, or none for values that are left out.
-std::optional<QString> textOfValue(const Element& value)
+std::optional<QString> textOfValue(const Element& value, const Context& context)
 {
     std::string_view text;
     if (value.get(text) == simdjson::SUCCESS)
-        return toQString(text);
+        return context.text(text);
     bool flag = false;
     if (value.get(flag) == simdjson::SUCCESS)
         return flag ? u"true"_s : u"false"_s;
@@ -158,36 +178,45 @@ std::optional<QString> textOfValue(const Element& value)
     return std::nullopt;
 }
 
-/// The object's members with every key once: of repeated members the last one counts, at the place of the
-/// first.
-std::vector<std::pair<QString, Element>> distinctMembers(const simdjson::dom::object& object)
+using Members = std::vector<std::pair<std::string_view, Element>>;
+
+/// Leaves every key once: of repeated members the last one counts, at the place of the first.
+void uniteRepeatedMembers(Members& members)
 {
-    std::vector<std::pair<QString, Element>> members;
-    QHash<QString, std::size_t> positions;
-    for (const auto member : object) {
-        const QString key = toQString(member.key);
-        const auto known = positions.constFind(key);
-        if (known != positions.cend()) {
-            members[*known].second = member.value;
-            continue;
-        }
-        positions.insert(key, members.size());
-        members.emplace_back(key, member.value);
+    std::vector<std::string_view> keys(members.size());
+    std::transform(members.begin(), members.end(), keys.begin(),
+                   [](const auto& member) { return member.first; });
+    std::sort(keys.begin(), keys.end());
+    if (std::adjacent_find(keys.begin(), keys.end()) == keys.end())
+        return;
+    Members united;
+    std::unordered_map<std::string_view, std::size_t> positions;
+    for (const auto& [key, value] : members) {
+        const auto [known, isNew] = positions.try_emplace(key, united.size());
+        if (isNew)
+            united.emplace_back(key, value);
+        else
+            united[known->second].second = value;
     }
-    return members;
+    members = std::move(united);
 }
 
 } // namespace
 
-bool readValue(const Element& element, OrderedStringMap& map, Failure& failure)
+bool readValue(const Element& element, OrderedStringMap& map, Context& context)
 {
     simdjson::dom::object object;
     if (element.get(object) != simdjson::SUCCESS)
-        return failure.typeMismatch(u"an object");
+        return context.typeMismatch(u"an object");
+    Members members;
+    for (const auto member : object)
+        members.emplace_back(member.key, member.value);
+    uniteRepeatedMembers(members);
     std::vector<OrderedStringMap::Pair> pairs;
-    for (auto& [key, value] : distinctMembers(object)) {
-        if (auto text = textOfValue(value))
-            pairs.push_back({JSONDynamicKey(std::move(key)).stringValue, *std::move(text)});
+    pairs.reserve(members.size());
+    for (const auto& [key, value] : members) {
+        if (auto text = textOfValue(value, context))
+            pairs.push_back({JSONDynamicKey(context.text(key)).stringValue, *std::move(text)});
     }
     map.pairs = OrderedStringMap::arranged(std::move(pairs), decoderPreservesKeyOrder());
     return true;

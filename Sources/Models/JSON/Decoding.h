@@ -12,6 +12,8 @@
 
 #include <simdjson.h>
 
+#include <array>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -21,9 +23,41 @@ namespace orvia::json {
 
 using Element = simdjson::dom::element;
 
-/// Where a failing read leaves its reason. The functions answer false, so that a reader can return them.
-class Failure {
+inline QString toQString(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// Lets equal texts of one document share their memory: an inbox repeats places, devices, identifiers and
+/// keys in every conversation. A text that is not among the latest is made anew.
+class TextPool {
 public:
+    /// @p text must outlive the pool.
+    QString text(std::string_view text);
+
+private:
+    struct Entry {
+        std::string_view utf8;
+        QString text;
+    };
+
+    static constexpr std::size_t size = 512;
+    std::array<Entry, size> m_entries;
+};
+
+/// What readers of one document share: the texts read so far, and where a failing read leaves its reason. The
+/// functions that note a reason answer false, so that a reader can return them.
+class Context {
+public:
+    /// Without a pool every text is made anew.
+    explicit Context(TextPool* pool)
+        : m_pool(pool)
+    {
+    }
+
+    TextPool* pool() const { return m_pool; }
+    QString text(std::string_view utf8) const { return m_pool ? m_pool->text(utf8) : toQString(utf8); }
+
     bool typeMismatch(QStringView expected)
     {
         m_kind = DecodingError::Kind::typeMismatch;
@@ -48,6 +82,7 @@ public:
     DecodingError error() const;
 
 private:
+    TextPool* m_pool;
     DecodingError::Kind m_kind = DecodingError::Kind::syntax;
     QStringView m_subject;
     std::string_view m_key;
@@ -69,48 +104,43 @@ private:
     Element m_root;
 };
 
-inline QString toQString(std::string_view text)
-{
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
-bool readValue(const Element& element, QString& value, Failure& failure);
-bool readValue(const Element& element, bool& value, Failure& failure);
-bool readValue(const Element& element, qint64& value, Failure& failure);
-bool readValue(const Element& element, Instant& value, Failure& failure);
-bool readValue(const Element& element, OrderedStringMap& value, Failure& failure);
-inline bool readValue(const Element&, JSONValueIgnored&, Failure&)
+bool readValue(const Element& element, QString& value, Context& context);
+bool readValue(const Element& element, bool& value, Context& context);
+bool readValue(const Element& element, qint64& value, Context& context);
+bool readValue(const Element& element, Instant& value, Context& context);
+bool readValue(const Element& element, OrderedStringMap& value, Context& context);
+inline bool readValue(const Element&, JSONValueIgnored&, Context&)
 {
     return true;
 }
 
 template <TextEnum Enum>
-bool readValue(const Element& element, Enum& value, Failure& failure)
+bool readValue(const Element& element, Enum& value, Context& context)
 {
     std::string_view text;
     if (element.get(text) != simdjson::SUCCESS)
-        return failure.typeMismatch(u"a string");
+        return context.typeMismatch(u"a string");
     const auto found = enumFromWireText<Enum>(text);
     if (!found)
-        return failure.corruptedData(QStringLiteral("Unknown case: ") + toQString(text));
+        return context.corruptedData(QStringLiteral("Unknown case: ") + toQString(text));
     value = *found;
     return true;
 }
 
 template <Record T>
-bool readValue(const Element& element, T& record, Failure& failure);
+bool readValue(const Element& element, T& record, Context& context);
 
 /// A strict list: one bad element fails it.
 template <StrictList List>
-bool readValue(const Element& element, List& list, Failure& failure)
+bool readValue(const Element& element, List& list, Context& context)
 {
     simdjson::dom::array array;
     if (element.get(array) != simdjson::SUCCESS)
-        return failure.typeMismatch(u"an array");
+        return context.typeMismatch(u"an array");
     list.clear();
     for (const Element item : array) {
         typename List::value_type value{};
-        if (!readValue(item, value, failure))
+        if (!readValue(item, value, context))
             return false;
         list.push_back(std::move(value));
     }
@@ -118,17 +148,17 @@ bool readValue(const Element& element, List& list, Failure& failure)
 }
 
 template <class Item>
-bool readValue(const Element& element, Lossy<Item>& list, Failure& failure)
+bool readValue(const Element& element, Lossy<Item>& list, Context& context)
 {
     simdjson::dom::array array;
     if (element.get(array) != simdjson::SUCCESS)
-        return failure.typeMismatch(u"an array");
+        return context.typeMismatch(u"an array");
     list.wrappedValue.clear();
     // A hostile page of a million numbers must not reserve room for a million records.
     constexpr std::size_t mostReserved = 16 * 1024;
     list.wrappedValue.reserve(std::min<std::size_t>(array.size(), mostReserved));
     for (const Element item : array) {
-        Failure discarded;
+        Context discarded(context.pool());
         // Decoded in place: a page of records is large, and nearly all of them are good.
         if (!readValue(item, list.wrappedValue.emplace_back(), discarded))
             list.wrappedValue.pop_back();
@@ -149,7 +179,7 @@ struct OptionalValue<std::optional<T>> {
 
 /// Reads the member that the field at @p Index of the record declares.
 template <Record T, std::size_t Index>
-bool readField(const Element& element, T& record, Failure& failure)
+bool readField(const Element& element, T& record, Context& context)
 {
     constexpr auto field = std::get<Index>(T::fields());
     auto& member = record.*(field.member);
@@ -157,16 +187,16 @@ bool readField(const Element& element, T& record, Failure& failure)
 
     if constexpr (field.kind == FieldKind::required) {
         static_assert(!OptionalValue<Member>::isOptional, "a required member is never absent");
-        return readValue(element, member, failure);
+        return readValue(element, member, context);
     } else if constexpr (field.kind == FieldKind::defaulted) {
-        return element.is_null() || readValue(element, member, failure);
+        return element.is_null() || readValue(element, member, context);
     } else {
         static_assert(OptionalValue<Member>::isOptional, "a member that may be absent is a std::optional");
         if (element.is_null()) {
             member.reset();
             return true;
         }
-        if (!readValue(element, member.emplace(), failure)) {
+        if (!readValue(element, member.emplace(), context)) {
             member.reset();
             return field.kind == FieldKind::lenient;
         }
@@ -176,7 +206,7 @@ bool readField(const Element& element, T& record, Failure& failure)
 
 template <Record T>
 struct RecordReader {
-    using Function = bool (*)(const Element&, T&, Failure&);
+    using Function = bool (*)(const Element&, T&, Context&);
     static constexpr std::size_t count = fieldCount<T>;
 
     template <std::size_t... Index>
@@ -206,13 +236,13 @@ struct RecordReader {
 /// Walks the object's members once and hands each to the field of its key. The search starts behind the last
 /// field found, so that members in the declared order cost one comparison each.
 template <Record T>
-bool readValue(const Element& element, T& record, Failure& failure)
+bool readValue(const Element& element, T& record, Context& context)
 {
     using Reader = RecordReader<T>;
     static_assert(Reader::count <= 64);
     simdjson::dom::object object;
     if (element.get(object) != simdjson::SUCCESS)
-        return failure.typeMismatch(u"an object");
+        return context.typeMismatch(u"an object");
 
     std::uint64_t missing = Reader::required;
     std::size_t next = 0;
@@ -222,7 +252,7 @@ bool readValue(const Element& element, T& record, Failure& failure)
                 next + tried < Reader::count ? next + tried : next + tried - Reader::count;
             if (Reader::keys[index] != member.key)
                 continue;
-            if (!Reader::functions[index](member.value, record, failure))
+            if (!Reader::functions[index](member.value, record, context))
                 return false;
             missing &= ~(std::uint64_t{1} << index);
             next = index + 1 < Reader::count ? index + 1 : 0;
@@ -230,7 +260,7 @@ bool readValue(const Element& element, T& record, Failure& failure)
         }
     }
     if (missing != 0)
-        return failure.missingMember(Reader::keys[static_cast<std::size_t>(std::countr_zero(missing))]);
+        return context.missingMember(Reader::keys[static_cast<std::size_t>(std::countr_zero(missing))]);
     return true;
 }
 
@@ -238,10 +268,13 @@ template <class T>
 T decode(QByteArrayView bytes)
 {
     const ParsedDocument document(bytes);
-    Failure failure;
+    // Small documents, such as the frames of the live channel, repeat nothing.
+    constexpr qsizetype worthPooling = 16 * 1024;
+    const auto pool = bytes.size() < worthPooling ? nullptr : std::make_unique<TextPool>();
+    Context context(pool.get());
     T record{};
-    if (!readValue(document.root(), record, failure))
-        throw failure.error();
+    if (!readValue(document.root(), record, context))
+        throw context.error();
     return record;
 }
 
