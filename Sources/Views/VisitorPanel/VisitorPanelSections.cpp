@@ -109,6 +109,7 @@ void VisitorPanel::buildIdentity() {
 
     m_started = new PanelLine(TextRole::callout, ColorRole::textSecondary, m_identity);
     lines->addWidget(m_started);
+    m_identity->hide();
 }
 
 void VisitorPanel::buildLocation() {
@@ -126,6 +127,7 @@ void VisitorPanel::buildCurrentPage() {
     m_currentPageSection = addSection(tr("Now viewing"));
     m_currentPage = new LinkButton(LinkButton::Kind::link, m_currentPageSection);
     m_currentPageSection->contents()->addWidget(m_currentPage);
+    m_currentPageSection->hide();
     connect(m_currentPage, &QAbstractButton::clicked, this, [this] {
         if (m_conversation && m_conversation->visitor.meta)
             openAddress(m_conversation->visitor.meta->url.value_or(QString()));
