@@ -19,20 +19,23 @@ namespace {
 /// Browser, language, screen and referrer.
 constexpr int deviceRowCount = 4;
 
-QString dateText(const Conversation& conversation) {
+QString dateText(const Conversation& conversation)
+{
     const auto& instant = conversation.lastMessageAt ? conversation.lastMessageAt : conversation.createdAt;
     return instant ? Formats::date(*instant) : QString();
 }
 
 /// The part of a row that the Tab key stops at.
-QWidget* tabStop(QWidget* row) {
+QWidget* tabStop(QWidget* row)
+{
     const auto* labelled = qobject_cast<LabelledRow*>(row);
     return labelled ? labelled->valueWidget() : row;
 }
 
 } // namespace
 
-void VisitorPanel::build() {
+void VisitorPanel::build()
+{
     setFixedWidth(PanelMetrics::width);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -79,13 +82,15 @@ void VisitorPanel::build() {
     });
 }
 
-PanelSection* VisitorPanel::addSection(const QString& title) {
+PanelSection* VisitorPanel::addSection(const QString& title)
+{
     auto* section = new PanelSection(title, m_area->widget());
     m_sections->addWidget(section);
     return section;
 }
 
-void VisitorPanel::buildIdentity() {
+void VisitorPanel::buildIdentity()
+{
     m_identity = new QWidget(m_area->widget());
     m_sections->addWidget(m_identity);
     auto* lines = new QVBoxLayout(m_identity);
@@ -112,7 +117,8 @@ void VisitorPanel::buildIdentity() {
     m_identity->hide();
 }
 
-void VisitorPanel::buildLocation() {
+void VisitorPanel::buildLocation()
+{
     PanelSection* section = addSection(tr("Location"));
     m_place = new PanelLine(TextRole::callout, ColorRole::textPrimary, section);
     m_network = new PanelLine(TextRole::callout, ColorRole::textSecondary, section);
@@ -123,7 +129,8 @@ void VisitorPanel::buildLocation() {
     }
 }
 
-void VisitorPanel::buildCurrentPage() {
+void VisitorPanel::buildCurrentPage()
+{
     m_currentPageSection = addSection(tr("Now viewing"));
     m_currentPage = new LinkButton(LinkButton::Kind::link, m_currentPageSection);
     m_currentPageSection->contents()->addWidget(m_currentPage);
@@ -134,7 +141,8 @@ void VisitorPanel::buildCurrentPage() {
     });
 }
 
-void VisitorPanel::buildCustomData() {
+void VisitorPanel::buildCustomData()
+{
     m_dataSection = addSection(tr("Custom data"));
     const auto pair = [this](qsizetype row) -> const OrderedStringMap::Pair& {
         return m_data[static_cast<std::size_t>(row)];
@@ -158,7 +166,8 @@ void VisitorPanel::buildCustomData() {
     m_dataSection->hide();
 }
 
-void VisitorPanel::buildHistory() {
+void VisitorPanel::buildHistory()
+{
     m_historySection = addSection(tr("Previous conversations"));
     PanelRows::Delegate delegate;
     delegate.make = [this](QWidget* parent) -> QWidget* {
@@ -184,7 +193,8 @@ void VisitorPanel::buildHistory() {
     m_historySection->hide();
 }
 
-void VisitorPanel::buildJourney() {
+void VisitorPanel::buildJourney()
+{
     m_journeySection = addSection(tr("Journey"));
     PanelRows::Delegate delegate;
     delegate.make = [this](QWidget* parent) -> QWidget* {
@@ -210,7 +220,8 @@ void VisitorPanel::buildJourney() {
     m_journeySection->hide();
 }
 
-void VisitorPanel::buildDevice() {
+void VisitorPanel::buildDevice()
+{
     m_deviceSection = addSection(tr("Device"));
     for (int row = 0; row < deviceRowCount; ++row) {
         m_deviceRows.push_back(new LabelledRow(m_deviceSection));
@@ -220,7 +231,8 @@ void VisitorPanel::buildDevice() {
     m_deviceSection->hide();
 }
 
-void VisitorPanel::orderTabs() {
+void VisitorPanel::orderTabs()
+{
     std::vector<QWidget*> stops{m_area, m_email, m_currentPage};
     for (const PanelRows* rows : {m_dataRows, m_historyRows, m_journeyRows}) {
         for (const auto& [index, row] : rows->rows())
