@@ -7,9 +7,8 @@
 #include "Views/VisitorPanel/PanelSection.h"
 #include "Views/VisitorPanel/VisitorPanel.h"
 #include "Views/Widgets/FocusRing.h"
+#include "Views/Widgets/ScrollArea.h"
 
-#include <QScrollArea>
-#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace orvia {
@@ -40,29 +39,20 @@ void VisitorPanel::build()
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
 
-    m_area = new QScrollArea(this);
-    m_area->setFrameShape(QFrame::NoFrame);
-    m_area->setWidgetResizable(true);
-    m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_area = new ScrollArea(this);
     m_area->setAccessibleName(tr("Visitor details"));
+    m_area->setFocusPolicy(Qt::StrongFocus);
     m_area->viewport()->setAutoFillBackground(false);
     FocusRing::attach(m_area, 0, FocusRing::Policy::keyboard, -Spacing::hair);
     layout->addWidget(m_area);
 
     auto* content = new QWidget;
-    content->setAutoFillBackground(false);
     m_sections = new QVBoxLayout(content);
+    m_sections->setContentsMargins(PanelMetrics::sidePadding, PanelMetrics::topPadding,
+                                   PanelMetrics::sidePadding, PanelMetrics::topPadding);
     m_sections->setSpacing(0);
     m_area->setWidget(content);
     content->setAutoFillBackground(false);
-    // The scroll bar lies in the padding, so that nothing moves when it comes and goes.
-    const auto pad = [this](int, int maximum) {
-        const int bar = maximum > 0 ? m_area->verticalScrollBar()->sizeHint().width() : 0;
-        m_sections->setContentsMargins(PanelMetrics::sidePadding, PanelMetrics::topPadding,
-                                       qMax(0, PanelMetrics::sidePadding - bar), PanelMetrics::topPadding);
-    };
-    connect(m_area->verticalScrollBar(), &QScrollBar::rangeChanged, this, pad);
-    pad(0, 0);
 
     buildIdentity();
     buildLocation();
