@@ -93,6 +93,18 @@ TEST_F(LongLists, ShrinkWithTheirData)
     tell(conversation);
     EXPECT_EQ(journey(), QStringList({u"page 3"_s, u"page 2"_s, u"page 1"_s}));
     EXPECT_TRUE(only<SelectableLine>(u"value 1"_s));
+
+    // The focus leaves a column that goes, whatever that makes the panel scroll to.
+    VisitorMeta& meta = *conversation.visitor.meta;
+    meta.pages->resize(9'000);
+    meta.data->pairs.resize(5'000, {u"key"_s, u"value"_s});
+    tell(conversation);
+    scrollTo(5'000 * 10);
+    all<SelectableLine>().back()->setFocus(Qt::TabFocusReason);
+    meta.pages->resize(10);
+    meta.data->pairs.clear();
+    tell(conversation);
+    EXPECT_EQ(journey().size(), 10);
     conversation.visitor.meta.reset();
     tell(conversation);
     EXPECT_EQ(sections(), QStringList{u"Location"_s});

@@ -50,10 +50,15 @@ void PanelRows::setHeights(const std::vector<int>& heights, qsizetype added)
 
 void PanelRows::refill()
 {
-    for (const auto& [index, row] : m_rows) {
-        place(index, *row);
-        m_delegate.fill(*row, index);
+    {
+        // A row that hides what had the focus makes the area scroll, which must not exchange rows meanwhile.
+        const QScopedValueRollback guard(m_materialising, true);
+        for (const auto& [index, row] : m_rows) {
+            place(index, *row);
+            m_delegate.fill(*row, index);
+        }
     }
+    materialise();
 }
 
 qsizetype PanelRows::indexOf(const QWidget* row) const

@@ -71,7 +71,9 @@ const std::vector<VisitorPage>& VisitorPanel::pages() const
 
 const VisitorPage& VisitorPanel::page(qsizetype row) const
 {
-    return pages()[pages().size() - 1 - static_cast<std::size_t>(row)];
+    static const VisitorPage none;
+    const auto position = static_cast<std::size_t>(row);
+    return position < pages().size() ? pages()[pages().size() - 1 - position] : none;
 }
 
 void VisitorPanel::refresh()

@@ -85,7 +85,7 @@ private:
     void orderTabs();
     QString placeInList(const PanelRows& rows, qsizetype index) const;
     const std::vector<VisitorPage>& pages() const;
-    /// The page of a row of the journey, which lists the newest first.
+    /// The page of a row of the journey, which lists the newest first; an empty one beyond the last.
     const VisitorPage& page(qsizetype row) const;
 
     Session& m_session;

@@ -24,6 +24,15 @@ QString dateText(const Conversation& conversation)
     return instant ? Formats::date(*instant) : QString();
 }
 
+/// The record of a row; an empty one beyond the last.
+template <class Record>
+const Record& recordAt(const std::vector<Record>& records, qsizetype row)
+{
+    static const Record none;
+    const auto position = static_cast<std::size_t>(row);
+    return position < records.size() ? records[position] : none;
+}
+
 /// The part of a row that the Tab key stops at.
 QWidget* tabStop(QWidget* row)
 {
@@ -135,7 +144,7 @@ void VisitorPanel::buildCustomData()
 {
     m_dataSection = addSection(tr("Custom data"));
     const auto pair = [this](qsizetype row) -> const OrderedStringMap::Pair& {
-        return m_data[static_cast<std::size_t>(row)];
+        return recordAt(m_data, row);
     };
     PanelRows::Delegate delegate;
     delegate.make = [this, pair](QWidget* parent) -> QWidget* {
@@ -163,7 +172,7 @@ void VisitorPanel::buildHistory()
     delegate.make = [this](QWidget* parent) -> QWidget* {
         auto* row = new HistoryRow(parent);
         connect(row, &QAbstractButton::clicked, this, [this, row] {
-            const QString id = m_history[static_cast<std::size_t>(m_historyRows->indexOf(row))].id;
+            const QString id = recordAt(m_history, m_historyRows->indexOf(row)).id;
             // Opening another conversation may end this panel; the click must be over by then.
             QMetaObject::invokeMethod(
                 &m_session, [&session = m_session, id] { session.openFromDeepLink(id); },
@@ -172,7 +181,7 @@ void VisitorPanel::buildHistory()
         return row;
     };
     delegate.fill = [this](QWidget& row, qsizetype index) {
-        const Conversation& conversation = m_history[static_cast<std::size_t>(index)];
+        const Conversation& conversation = recordAt(m_history, index);
         const bool isOpen = conversation.status == ConversationStatus::open;
         static_cast<HistoryRow&>(row).setTexts(isOpen ? tr("Open") : tr("Closed"), dateText(conversation),
                                                conversation.lastMessagePreview.value_or(QString()),
