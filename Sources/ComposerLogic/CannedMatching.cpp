@@ -8,12 +8,14 @@ namespace {
 
 /// Whether the lower-cased text begins with @p prefix, which is lower case and in canonical form. Looks at no
 /// more of a long text than can matter, since this runs for every response at every key press.
-bool startsWith(const QString& text, const QString& prefix) {
+bool startsWith(const QString& text, const QString& prefix)
+{
     // No mapping makes a character shorter than half its length, and marks are ordered within their
     // character.
     qsizetype end = qMin(text.size(), 2 * prefix.size() + 2);
-    while (end < text.size() && (text.at(end).isLowSurrogate() || text.at(end).isHighSurrogate() ||
-                                 text.at(end).combiningClass() != 0))
+    while (end < text.size()
+           && (text.at(end).isLowSurrogate() || text.at(end).isHighSurrogate()
+               || text.at(end).combiningClass() != 0))
         ++end;
     const QString beginning = UnicodeText::canonical(UnicodeText::lowerCased(text.first(end)));
     return UnicodeText::startsWith(beginning, prefix);
@@ -21,8 +23,8 @@ bool startsWith(const QString& text, const QString& prefix) {
 
 } // namespace
 
-std::vector<CannedResponse> matches(const QString& text, const std::vector<CannedResponse>& canned,
-                                    int limit) {
+std::vector<CannedResponse> matches(const QString& text, const std::vector<CannedResponse>& canned, int limit)
+{
     std::vector<CannedResponse> found;
     if (!text.startsWith(u'/') || !UnicodeText::standsAlone(text, 0))
         return found;

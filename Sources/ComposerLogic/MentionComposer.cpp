@@ -13,14 +13,16 @@ namespace {
 constexpr std::size_t maximumSuggestions = 6;
 
 /// The position of the last "@", or -1. An "@" that carries a combining mark is another character.
-qsizetype lastMark(const QString& text) {
+qsizetype lastMark(const QString& text)
+{
     qsizetype position = text.lastIndexOf(u'@');
     while (position >= 0 && !UnicodeText::standsAlone(text, position))
         position = position == 0 ? -1 : text.lastIndexOf(u'@', position - 1);
     return position;
 }
 
-bool isLineBreak(QChar character) {
+bool isLineBreak(QChar character)
+{
     switch (character.unicode()) {
     case 0x0A:
     case 0x0B:
@@ -35,7 +37,8 @@ bool isLineBreak(QChar character) {
     }
 }
 
-bool mentions(const SearchableText& text, const QString& name) {
+bool mentions(const SearchableText& text, const QString& name)
+{
     if (name.isEmpty())
         return false;
     const QString mention = UnicodeText::canonical(u'@' + name);
@@ -45,14 +48,15 @@ bool mentions(const SearchableText& text, const QString& name) {
         if (found < 0)
             return false;
         const qsizetype end = found + mention.size();
-        if (end == text.form().size() ||
-            !UnicodeText::isLetterOrNumber(UnicodeText::codePointAt(text.form(), end)))
+        if (end == text.form().size()
+            || !UnicodeText::isLetterOrNumber(UnicodeText::codePointAt(text.form(), end)))
             return true;
         from = end;
     }
 }
 
-QString trimmedBlanks(const QString& text) {
+QString trimmedBlanks(const QString& text)
+{
     const auto isBlank = [](QChar character) {
         return character == u'\t' || character.category() == QChar::Separator_Space;
     };
@@ -67,7 +71,8 @@ QString trimmedBlanks(const QString& text) {
 
 } // namespace
 
-std::optional<QString> query(const QString& text, bool isNote) {
+std::optional<QString> query(const QString& text, bool isNote)
+{
     if (!isNote)
         return std::nullopt;
     const qsizetype mark = lastMark(text);
@@ -87,7 +92,8 @@ std::optional<QString> query(const QString& text, bool isNote) {
 }
 
 std::vector<Agent> candidates(const std::vector<Agent>& agents, const std::optional<QString>& selfId,
-                              const QString& text) {
+                              const QString& text)
+{
     const SearchableText searchable(text);
     std::vector<Agent> offered;
     for (const Agent& agent : agents) {
@@ -97,16 +103,19 @@ std::vector<Agent> candidates(const std::vector<Agent>& agents, const std::optio
     return offered;
 }
 
-bool mentions(const QString& text, const QString& name) {
+bool mentions(const QString& text, const QString& name)
+{
     return mentions(SearchableText(text), name);
 }
 
-QString inserting(const Agent& agent, const QString& text) {
+QString inserting(const Agent& agent, const QString& text)
+{
     const qsizetype mark = lastMark(text);
     return mark < 0 ? text : text.first(mark) + u'@' + agent.name + u' ';
 }
 
-QStringList sendableIds(const std::vector<Agent>& picked, const QString& text) {
+QStringList sendableIds(const std::vector<Agent>& picked, const QString& text)
+{
     const SearchableText searchable(text);
     QStringList ids;
     for (const Agent& agent : picked) {
@@ -117,7 +126,8 @@ QStringList sendableIds(const std::vector<Agent>& picked, const QString& text) {
 }
 
 std::vector<Agent> matches(const std::vector<Agent>& agents, const std::optional<QString>& selfId,
-                           const QString& text, bool isNote) {
+                           const QString& text, bool isNote)
+{
     const std::optional<QString> typed = query(text, isNote);
     if (!typed)
         return {};

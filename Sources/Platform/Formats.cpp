@@ -15,17 +15,20 @@ namespace {
 
 using TimePoint = std::chrono::sys_time<std::chrono::milliseconds>;
 
-bool hasLocale() {
+bool hasLocale()
+{
     return QLocale().language() != QLocale::C;
 }
 
-QDateTime local(TimePoint instant) {
+QDateTime local(TimePoint instant)
+{
     return QDateTime::fromMSecsSinceEpoch(instant.time_since_epoch().count());
 }
 
 /// The date format of the user's locale, kept until that changes. It writes dates that are given as
 /// Greenwich noon, so that Qt alone decides on the local time zone.
-const icu::DateFormat* dateFormat() {
+const icu::DateFormat* dateFormat()
+{
     static std::string language;
     static std::unique_ptr<icu::DateFormat> kept;
     const std::string current = languageTag();
@@ -46,17 +49,20 @@ const icu::DateFormat* dateFormat() {
 
 } // namespace
 
-std::string languageTag() {
+std::string languageTag()
+{
     return hasLocale() ? QLocale().bcp47Name().toStdString() : std::string("en");
 }
 
-QString timeOfDay(TimePoint instant) {
+QString timeOfDay(TimePoint instant)
+{
     const QTime time = local(instant).time();
     return hasLocale() ? QLocale().toString(time, QLocale::ShortFormat)
                        : QLocale::c().toString(time, u"h:mm AP"_s);
 }
 
-QString date(TimePoint instant) {
+QString date(TimePoint instant)
+{
     const icu::DateFormat* format = dateFormat();
     if (!format)
         return {};
@@ -66,7 +72,8 @@ QString date(TimePoint instant) {
     return QString(reinterpret_cast<const QChar*>(text.getBuffer()), text.length());
 }
 
-QString fileSize(qint64 bytes) {
+QString fileSize(qint64 bytes)
+{
     if (bytes < 0)
         return {};
     constexpr qint64 nearlyOneMegabyte = 999'500;

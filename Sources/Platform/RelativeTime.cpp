@@ -24,23 +24,27 @@ struct Distance {
     TimePoint nextChange;
 };
 
-QDate localDate(TimePoint instant) {
+QDate localDate(TimePoint instant)
+{
     return QDateTime::fromMSecsSinceEpoch(instant.time_since_epoch().count()).date();
 }
 
-TimePoint nextMidnight(TimePoint now) {
+TimePoint nextMidnight(TimePoint now)
+{
     const QDateTime midnight = localDate(now).addDays(1).startOfDay();
     const TimePoint instant{milliseconds(midnight.toMSecsSinceEpoch())};
     return midnight.isValid() && instant > now ? instant : now + days(1);
 }
 
-int wholeMonths(QDate earlier, QDate later) {
+int wholeMonths(QDate earlier, QDate later)
+{
     const int months = (later.year() - earlier.year()) * 12 + later.month() - earlier.month();
     return earlier.addMonths(months) > later ? months - 1 : months;
 }
 
 /// A distance of whole steps of a fixed length.
-Distance fixedDistance(TimePoint then, TimePoint now, milliseconds step, URelativeDateTimeUnit unit) {
+Distance fixedDistance(TimePoint then, TimePoint now, milliseconds step, URelativeDateTimeUnit unit)
+{
     if (then > now) {
         const auto count = (then - now) / step;
         return {static_cast<int>(count), unit, then - count * step + milliseconds(1)};
@@ -49,7 +53,8 @@ Distance fixedDistance(TimePoint then, TimePoint now, milliseconds step, URelati
     return {static_cast<int>(-count), unit, then + (count + 1) * step};
 }
 
-Distance calendarDistance(TimePoint then, TimePoint now, qint64 daysAhead) {
+Distance calendarDistance(TimePoint then, TimePoint now, qint64 daysAhead)
+{
     const int sign = daysAhead < 0 ? -1 : 1;
     const auto dayCount = static_cast<int>(std::abs(daysAhead));
     const QDate earlier = localDate(std::min(then, now));
@@ -66,7 +71,8 @@ Distance calendarDistance(TimePoint then, TimePoint now, qint64 daysAhead) {
     return {sign * (months / 12), UDAT_REL_UNIT_YEAR, next};
 }
 
-Distance distance(TimePoint then, TimePoint now) {
+Distance distance(TimePoint then, TimePoint now)
+{
     const milliseconds apart = then > now ? then - now : now - then;
     if (apart < 1min)
         return {0, UDAT_REL_UNIT_SECOND, then + 1min};
@@ -81,7 +87,8 @@ Distance distance(TimePoint then, TimePoint now) {
 }
 
 /// Making a formatter takes milliseconds, so one is kept until the user's language changes.
-const icu::RelativeDateTimeFormatter* formatter() {
+const icu::RelativeDateTimeFormatter* formatter()
+{
     static std::string language;
     static std::unique_ptr<icu::RelativeDateTimeFormatter> kept;
     const std::string current = Formats::languageTag();
@@ -100,7 +107,8 @@ const icu::RelativeDateTimeFormatter* formatter() {
 
 } // namespace
 
-QString relativeTime(TimePoint then, TimePoint now) {
+QString relativeTime(TimePoint then, TimePoint now)
+{
     const Distance found = distance(then, now);
     const icu::RelativeDateTimeFormatter* words = formatter();
     if (!words)
@@ -113,7 +121,8 @@ QString relativeTime(TimePoint then, TimePoint now) {
                              : QString(reinterpret_cast<const QChar*>(text.getBuffer()), text.length());
 }
 
-TimePoint nextRelativeTimeChange(TimePoint then, TimePoint now) {
+TimePoint nextRelativeTimeChange(TimePoint then, TimePoint now)
+{
     return distance(then, now).nextChange;
 }
 

@@ -2,15 +2,18 @@
 
 namespace orvia::UnicodeText {
 
-QString canonical(const QString& text) {
+QString canonical(const QString& text)
+{
     return text.normalized(QString::NormalizationForm_D);
 }
 
-QString lowerCased(const QString& text) {
+QString lowerCased(const QString& text)
+{
     return text.toLower().replace(u'ς', u'σ');
 }
 
-bool standsAlone(const QString& text, qsizetype position) {
+bool standsAlone(const QString& text, qsizetype position)
+{
     // Whether such a code unit is joined depends on its two neighbours alone.
     const qsizetype start = qMax(qsizetype(0), position - 2);
     const QString window = text.mid(start, position - start + 3);
@@ -22,31 +25,39 @@ bool standsAlone(const QString& text, qsizetype position) {
     return boundaries.isAtBoundary();
 }
 
-char32_t codePointAt(QStringView text, qsizetype position) {
+char32_t codePointAt(QStringView text, qsizetype position)
+{
     const QChar unit = text.at(position);
     if (unit.isHighSurrogate() && position + 1 < text.size() && text.at(position + 1).isLowSurrogate())
         return QChar::surrogateToUcs4(unit, text.at(position + 1));
     return unit.unicode();
 }
 
-char32_t lastCharacter(const QString& text) {
+char32_t lastCharacter(const QString& text)
+{
     QTextBoundaryFinder boundaries(QTextBoundaryFinder::Grapheme, text);
     boundaries.toEnd();
     return codePointAt(text, qMax(qsizetype(0), boundaries.toPreviousBoundary()));
 }
 
-bool isWhiteSpace(char32_t codePoint) {
+bool isWhiteSpace(char32_t codePoint)
+{
     // QChar::isSpace is the White_Space property.
     return QChar::isSpace(codePoint);
 }
 
-bool isLetterOrNumber(char32_t codePoint) {
+bool isLetterOrNumber(char32_t codePoint)
+{
     return QChar::isLetterOrNumber(codePoint);
 }
 
-SearchableText::SearchableText(const QString& text) : m_form(canonical(text)) {}
+SearchableText::SearchableText(const QString& text)
+    : m_form(canonical(text))
+{
+}
 
-bool SearchableText::isBoundary(qsizetype position) const {
+bool SearchableText::isBoundary(qsizetype position) const
+{
     if (position == 0 || position == m_form.size())
         return true;
     if (!m_boundaries)
@@ -55,7 +66,8 @@ bool SearchableText::isBoundary(qsizetype position) const {
     return m_boundaries->isAtBoundary();
 }
 
-qsizetype SearchableText::indexOf(QStringView what, qsizetype from) const {
+qsizetype SearchableText::indexOf(QStringView what, qsizetype from) const
+{
     for (qsizetype found = m_form.indexOf(what, from); found >= 0; found = m_form.indexOf(what, found + 1)) {
         if (isBoundary(found) && isBoundary(found + what.size()))
             return found;
@@ -63,7 +75,8 @@ qsizetype SearchableText::indexOf(QStringView what, qsizetype from) const {
     return -1;
 }
 
-bool startsWith(const QString& text, const QString& prefix) {
+bool startsWith(const QString& text, const QString& prefix)
+{
     if (!text.startsWith(prefix))
         return false;
     if (prefix.isEmpty() || prefix.size() == text.size())
@@ -82,7 +95,8 @@ namespace {
 /// A text in a form in which canonically equivalent characters and letter cases are equal, which knows of
 /// every place in it from where in the original it came.
 struct FoldedText {
-    explicit FoldedText(const QString& text) {
+    explicit FoldedText(const QString& text)
+    {
         QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, text);
         form.reserve(text.size());
         origins.reserve(static_cast<std::size_t>(text.size()) + 1);
@@ -110,7 +124,8 @@ struct FoldedText {
 
 } // namespace
 
-std::vector<Range> occurrences(const QString& text, const QString& what) {
+std::vector<Range> occurrences(const QString& text, const QString& what)
+{
     std::vector<Range> ranges;
     const QString wanted = FoldedText(what).form;
     if (wanted.isEmpty())

@@ -9,7 +9,8 @@ using namespace Qt::StringLiterals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-CannedResponse response(const QString& shortcut, const QString& body) {
+CannedResponse response(const QString& shortcut, const QString& body)
+{
     CannedResponse made;
     made.id = shortcut;
     made.shortcut = shortcut;
@@ -17,14 +18,16 @@ CannedResponse response(const QString& shortcut, const QString& body) {
     return made;
 }
 
-std::vector<QString> offered(const QString& text, const std::vector<CannedResponse>& canned, int limit = 6) {
+std::vector<QString> offered(const QString& text, const std::vector<CannedResponse>& canned, int limit = 6)
+{
     std::vector<QString> shortcuts;
     for (const CannedResponse& match : CannedMatching::matches(text, canned, limit))
         shortcuts.push_back(match.shortcut);
     return shortcuts;
 }
 
-TEST(CannedMatching, OffersWhatBeginsWithTheQuery) {
+TEST(CannedMatching, OffersWhatBeginsWithTheQuery)
+{
     const std::vector<CannedResponse> canned{response(u"thanks"_s, u"Great to hear that"_s),
                                              response(u"greet"_s, u"Hello"_s),
                                              response(u"xgreet"_s, u"Welcome"_s),
@@ -51,7 +54,8 @@ TEST(CannedMatching, OffersWhatBeginsWithTheQuery) {
     EXPECT_THAT(offered(u"/ΟΔΟΣ"_s, canned), ElementsAre(u"last"_s));
 }
 
-TEST(CannedMatching, ReadsNoMoreThanThePrefixOfALongBody) {
+TEST(CannedMatching, ReadsNoMoreThanThePrefixOfALongBody)
+{
     const QString longBody = u"Caf"_s + u"e\u0301"_s.repeated(50'000);
     const std::vector<CannedResponse> canned{response(u"long"_s, longBody),
                                              response(u"marks"_s, u"a"_s + QString(5'000, QChar(u'\u0323'))),

@@ -9,21 +9,24 @@ using namespace Qt::StringLiterals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-Agent agent(const QString& id, const QString& name) {
+Agent agent(const QString& id, const QString& name)
+{
     Agent made;
     made.id = id;
     made.name = name;
     return made;
 }
 
-std::vector<QString> ids(const std::vector<Agent>& agents) {
+std::vector<QString> ids(const std::vector<Agent>& agents)
+{
     std::vector<QString> found;
     for (const Agent& one : agents)
         found.push_back(one.id);
     return found;
 }
 
-TEST(MentionQuery, IsWhatFollowsTheLastMark) {
+TEST(MentionQuery, IsWhatFollowsTheLastMark)
+{
     struct Case {
         QString text;
         std::optional<QString> query;
@@ -59,13 +62,15 @@ TEST(MentionQuery, IsWhatFollowsTheLastMark) {
     }
 }
 
-TEST(MentionQuery, EndsAtEveryLineBreak) {
+TEST(MentionQuery, EndsAtEveryLineBreak)
+{
     for (const QString& lineBreak :
          {u"\n"_s, u"\v"_s, u"\f"_s, u"\r"_s, u"\r\n"_s, u"\u0085"_s, u"\u2028"_s, u"\u2029"_s})
         EXPECT_EQ(MentionComposer::query(u"@Ann"_s + lineBreak + u"x"_s, true), std::nullopt);
 }
 
-TEST(Mentions, AreWholeNames) {
+TEST(Mentions, AreWholeNames)
+{
     struct Case {
         QString text;
         QString name;
@@ -101,7 +106,8 @@ TEST(Mentions, AreWholeNames) {
             << qPrintable(tried.text) << " / " << qPrintable(tried.name);
 }
 
-TEST(MentionCandidates, LeaveOutOneselfAndTheMentioned) {
+TEST(MentionCandidates, LeaveOutOneselfAndTheMentioned)
+{
     const std::vector<Agent> team{agent(u"1"_s, u"Ann"_s), agent(u"2"_s, u"Bo"_s), agent(u"3"_s, u""_s),
                                   agent(u"4"_s, u"Cy"_s)};
     EXPECT_THAT(ids(MentionComposer::candidates(team, u"4"_s, u"@ @Bo."_s)), ElementsAre(u"1"_s, u"3"_s));
@@ -109,21 +115,24 @@ TEST(MentionCandidates, LeaveOutOneselfAndTheMentioned) {
                 ElementsAre(u"1"_s, u"2"_s, u"3"_s, u"4"_s));
 }
 
-TEST(MentionInsertion, ReplacesThePartialName) {
+TEST(MentionInsertion, ReplacesThePartialName)
+{
     const Agent ann = agent(u"1"_s, u"Ann"_s);
     EXPECT_EQ(MentionComposer::inserting(ann, u"Thanks @an"_s), u"Thanks @Ann "_s);
     EXPECT_EQ(MentionComposer::inserting(ann, u"no mention"_s), u"no mention"_s);
     EXPECT_EQ(MentionComposer::inserting(ann, u"@Bo @a\u0301 @\u0301"_s), u"@Bo @Ann "_s);
 }
 
-TEST(SendableIds, AreThePickedThatRemain) {
+TEST(SendableIds, AreThePickedThatRemain)
+{
     const std::vector<Agent> picked{agent(u"2"_s, u"Bo"_s), agent(u"1"_s, u"Ann"_s)};
     EXPECT_EQ(MentionComposer::sendableIds(picked, u"Thanks @Ann "_s), QStringList{u"1"_s});
     EXPECT_EQ(MentionComposer::sendableIds(picked, u"@Ann @Bo"_s), (QStringList{u"2"_s, u"1"_s}));
     EXPECT_THAT(MentionComposer::sendableIds({}, u"@Ann"_s), IsEmpty());
 }
 
-TEST(MentionSuggestions, ContainTheTypedText) {
+TEST(MentionSuggestions, ContainTheTypedText)
+{
     const std::vector<Agent> team{agent(u"0"_s, u"Me An"_s),      agent(u"1"_s, u"Joanna"_s),
                                   agent(u"2"_s, u"Bo"_s),         agent(u"3"_s, u"\u0130rfan"_s),
                                   agent(u"4"_s, u"Jose\u0301"_s), agent(u"5"_s, u"ΟΔΥΣΣΕΥΣ"_s),
@@ -142,7 +151,8 @@ TEST(MentionSuggestions, ContainTheTypedText) {
     EXPECT_THAT(ids(MentionComposer::matches(team, u"0"_s, u"@an"_s, false)), IsEmpty());
 }
 
-TEST(MentionSuggestions, StayCheapInLongDrafts) {
+TEST(MentionSuggestions, StayCheapInLongDrafts)
+{
     std::vector<Agent> team;
     for (int i = 0; i < 200; ++i)
         team.push_back(agent(QString::number(i), u"Agent %1"_s.arg(i)));

@@ -10,7 +10,8 @@ using namespace std::chrono_literals;
 
 constexpr Instant ten{std::chrono::hours(10)};
 
-Message message(const QString& id, MessageSender sender, std::optional<Instant> at) {
+Message message(const QString& id, MessageSender sender, std::optional<Instant> at)
+{
     Message made;
     made.id = id;
     made.sender = sender;
@@ -18,7 +19,8 @@ Message message(const QString& id, MessageSender sender, std::optional<Instant> 
     return made;
 }
 
-TEST(ReadReceipt, MarksTheNewestReplyThatWasRead) {
+TEST(ReadReceipt, MarksTheNewestReplyThatWasRead)
+{
     const std::vector<Message> thread{
         message(u"first"_s, MessageSender::agent, ten),
         message(u"visitor"_s, MessageSender::visitor, ten + 1min),

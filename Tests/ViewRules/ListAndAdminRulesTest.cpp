@@ -11,7 +11,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using UnicodeText::Range;
 
-TEST(ViewingCaption, NamesOneAndCountsMore) {
+TEST(ViewingCaption, NamesOneAndCountsMore)
+{
     const ViewerAgent dana{u"1"_s, u"Dana"_s};
     const ViewerAgent eve{u"2"_s, u"Eve"_s};
     const ViewerAgent nameless{u"3"_s, u""_s};
@@ -21,7 +22,8 @@ TEST(ViewingCaption, NamesOneAndCountsMore) {
     EXPECT_EQ(ListRules::viewingCaption({dana, eve, nameless}), u"2 viewing"_s);
 }
 
-TEST(EmptyTitle, DependsOnQueueAndStatus) {
+TEST(EmptyTitle, DependsOnQueueAndStatus)
+{
     using enum InboxQueue;
     EXPECT_EQ(ListRules::emptyTitle(mine, ConversationStatus::closed), u"Nothing Assigned to You"_s);
     EXPECT_EQ(ListRules::emptyTitle(unassigned, ConversationStatus::open), u"Nothing Unassigned"_s);
@@ -29,7 +31,8 @@ TEST(EmptyTitle, DependsOnQueueAndStatus) {
     EXPECT_EQ(ListRules::emptyTitle(all, ConversationStatus::closed), u"No Closed Conversations"_s);
 }
 
-TEST(Highlighted, FindsEveryOccurrence) {
+TEST(Highlighted, FindsEveryOccurrence)
+{
     EXPECT_THAT(ListRules::highlighted(u"Lid, lid and LIDS"_s, u"lid"_s),
                 ElementsAre(Range{0, 3}, Range{5, 3}, Range{13, 3}));
     EXPECT_THAT(ListRules::highlighted(u"aaaa"_s, u"aa"_s), ElementsAre(Range{0, 2}, Range{2, 2}));
@@ -44,7 +47,8 @@ TEST(Highlighted, FindsEveryOccurrence) {
     EXPECT_EQ(ListRules::highlighted(QString(100'000, u'a'), u"A"_s).size(), 100'000U);
 }
 
-TEST(GreetingDelay, IsADecimalIntegerOrZero) {
+TEST(GreetingDelay, IsADecimalIntegerOrZero)
+{
     const std::vector<std::pair<QString, qint64>> cases{
         {u"12"_s, 12},
         {u"+7"_s, 7},

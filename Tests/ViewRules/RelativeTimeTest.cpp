@@ -15,7 +15,8 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using std::chrono::days;
 
-Instant utc(const char* text) {
+Instant utc(const char* text)
+{
     return *instantFromISO8601(text);
 }
 
@@ -26,18 +27,21 @@ class RelativeTime : public testing::Test {
 protected:
     void SetUp() override { QLocale::setDefault(QLocale(u"en_US"_s)); }
 
-    void TearDown() override {
+    void TearDown() override
+    {
         QLocale::setDefault(QLocale::system());
         useZone("UTC");
     }
 
-    static void useZone(const char* name) {
+    static void useZone(const char* name)
+    {
         qputenv("TZ", name);
         tzset();
     }
 };
 
-TEST_F(RelativeTime, IsNamed) {
+TEST_F(RelativeTime, IsNamed)
+{
     const std::vector<std::pair<std::chrono::milliseconds, const char16_t*>> cases{
         {0s, u"now"},
         {-59s, u"now"},
@@ -71,14 +75,16 @@ TEST_F(RelativeTime, IsNamed) {
         EXPECT_EQ(relativeTime(now + distance, now), QString::fromUtf16(text));
 }
 
-TEST_F(RelativeTime, CountsHoursAcrossMidnight) {
+TEST_F(RelativeTime, CountsHoursAcrossMidnight)
+{
     const Instant night = utc("2025-09-17T01:00:00Z");
     EXPECT_EQ(relativeTime(night - 3h, night), u"3 hours ago"_s);
     EXPECT_EQ(relativeTime(night - 12h, night), u"yesterday"_s);
     EXPECT_EQ(relativeTime(night + 20h, night), u"in 20 hours"_s);
 }
 
-TEST_F(RelativeTime, KnowsTheLocalDate) {
+TEST_F(RelativeTime, KnowsTheLocalDate)
+{
     EXPECT_EQ(relativeTime(now - 15h - 1s, now), u"yesterday"_s);
     useZone("America/New_York");
     EXPECT_EQ(relativeTime(now - 18h, now), u"yesterday"_s);
@@ -86,7 +92,8 @@ TEST_F(RelativeTime, KnowsTheLocalDate) {
     EXPECT_EQ(relativeTime(now + 18h, now), u"in 18 hours"_s);
 }
 
-TEST_F(RelativeTime, SpeaksTheUsersLanguage) {
+TEST_F(RelativeTime, SpeaksTheUsersLanguage)
+{
     QLocale::setDefault(QLocale(u"de_DE"_s));
     EXPECT_EQ(relativeTime(now - 2h, now), u"vor 2 Stunden"_s);
     EXPECT_EQ(relativeTime(now - 24h, now), u"gestern"_s);
@@ -95,7 +102,8 @@ TEST_F(RelativeTime, SpeaksTheUsersLanguage) {
 }
 
 // Between now and the announced moment the text is the same, and it never announces a moment that has passed.
-TEST_F(RelativeTime, AnnouncesItsNextChange) {
+TEST_F(RelativeTime, AnnouncesItsNextChange)
+{
     for (const char* zone : {"UTC", "Europe/Berlin"}) {
         useZone(zone);
         for (const Instant start : {now, utc("2025-10-25T20:10:00Z"), utc("2025-03-29T22:59:30Z")}) {
@@ -110,7 +118,8 @@ TEST_F(RelativeTime, AnnouncesItsNextChange) {
     }
 }
 
-TEST_F(RelativeTime, ChangesWhenItSaysSo) {
+TEST_F(RelativeTime, ChangesWhenItSaysSo)
+{
     const std::vector<std::pair<std::chrono::milliseconds, std::chrono::milliseconds>> cases{
         {-10s, 50s},     {10s, 70s}, {-90s, 30s},    {90s, 30s + 1ms},
         {-90min, 30min}, {-9h, 1h},  {-days(1), 9h}, {10h + 30min, 30min + 1ms},
@@ -123,7 +132,8 @@ TEST_F(RelativeTime, ChangesWhenItSaysSo) {
     }
 }
 
-TEST_F(RelativeTime, FormatsTimesDatesAndSizes) {
+TEST_F(RelativeTime, FormatsTimesDatesAndSizes)
+{
     const Instant afternoon = utc("2025-09-14T15:41:59Z");
     EXPECT_EQ(Formats::timeOfDay(afternoon), u"3:41 PM"_s);
     EXPECT_EQ(Formats::date(afternoon), u"Sep 14, 2025"_s);

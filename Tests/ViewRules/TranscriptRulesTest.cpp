@@ -12,7 +12,8 @@ using namespace std::chrono_literals;
 
 constexpr Instant ten{std::chrono::hours(10)};
 
-Message message(MessageSender sender, std::optional<Instant> at = ten, std::optional<MessageVia> via = {}) {
+Message message(MessageSender sender, std::optional<Instant> at = ten, std::optional<MessageVia> via = {})
+{
     Message made;
     made.sender = sender;
     made.createdAt = at;
@@ -20,7 +21,8 @@ Message message(MessageSender sender, std::optional<Instant> at = ten, std::opti
     return made;
 }
 
-TEST(TimeDivider, ShowsAfterMoreThanTenMinutes) {
+TEST(TimeDivider, ShowsAfterMoreThanTenMinutes)
+{
     const Message first = message(MessageSender::visitor);
     EXPECT_FALSE(TranscriptRules::showsTimeDivider(nullptr, first));
     EXPECT_FALSE(TranscriptRules::showsTimeDivider(&first, message(MessageSender::agent, ten + 600s)));
@@ -31,7 +33,8 @@ TEST(TimeDivider, ShowsAfterMoreThanTenMinutes) {
     EXPECT_FALSE(TranscriptRules::showsTimeDivider(&timeless, first));
 }
 
-TEST(TopSpacing, DependsOnTheNeighbourAbove) {
+TEST(TopSpacing, DependsOnTheNeighbourAbove)
+{
     const Message visitor = message(MessageSender::visitor);
     const Message agent = message(MessageSender::agent);
     EXPECT_EQ(TranscriptRules::topSpacing(nullptr, agent, false), 0);
@@ -40,7 +43,8 @@ TEST(TopSpacing, DependsOnTheNeighbourAbove) {
     EXPECT_EQ(TranscriptRules::topSpacing(&visitor, agent, false), 12);
 }
 
-TEST(EmailCaption, ClosesARunOfEmails) {
+TEST(EmailCaption, ClosesARunOfEmails)
+{
     const Message visitorMail = message(MessageSender::visitor, ten, MessageVia::email);
     const Message agentMail = message(MessageSender::agent, ten, MessageVia::email);
     const Message visitorChat = message(MessageSender::visitor, ten, MessageVia::chat);
@@ -53,7 +57,8 @@ TEST(EmailCaption, ClosesARunOfEmails) {
     EXPECT_FALSE(TranscriptRules::showsEmailCaption(visitorOther, &agentMail));
 }
 
-TEST(PresenceLine, CountsNamedViewers) {
+TEST(PresenceLine, CountsNamedViewers)
+{
     const ViewerAgent ann{u"1"_s, u"Ann %2"_s};
     const ViewerAgent bob{u"2"_s, u"Bob"_s};
     const ViewerAgent cy{u"3"_s, u"Cy"_s};
@@ -65,7 +70,8 @@ TEST(PresenceLine, CountsNamedViewers) {
     EXPECT_EQ(TranscriptRules::presenceLine({ann, bob, cy}), u"Ann %2 and 2 others are also viewing"_s);
 }
 
-TEST(Captions, FallBackWhenNamesAreUnknown) {
+TEST(Captions, FallBackWhenNamesAreUnknown)
+{
     EXPECT_EQ(TranscriptRules::noteCaption(u"Dana"_s), u"Internal note \u00B7 Dana"_s);
     EXPECT_EQ(TranscriptRules::noteCaption(u""_s), u"Internal note"_s);
     EXPECT_EQ(TranscriptRules::noteCaption(std::nullopt), u"Internal note"_s);
@@ -80,7 +86,8 @@ TEST(Captions, FallBackWhenNamesAreUnknown) {
               u"Assigned to a teammate"_s);
 }
 
-TEST(AttachmentURL, ResolvesAgainstTheOrigin) {
+TEST(AttachmentURL, ResolvesAgainstTheOrigin)
+{
     const QUrl origin(u"https://chat.example:8443"_s);
     const auto resolved = [&origin](const std::optional<QString>& url) {
         Attachment attachment;
@@ -95,7 +102,8 @@ TEST(AttachmentURL, ResolvesAgainstTheOrigin) {
     EXPECT_EQ(resolved(std::nullopt), std::nullopt);
 }
 
-Instant utc(const char* text) {
+Instant utc(const char* text)
+{
     return *instantFromISO8601(text);
 }
 
@@ -108,7 +116,8 @@ struct SnoozeCase {
 
 class SnoozeTimes : public testing::TestWithParam<SnoozeCase> {};
 
-TEST_P(SnoozeTimes, FollowTheCalendar) {
+TEST_P(SnoozeTimes, FollowTheCalendar)
+{
     const QTimeZone zone(QByteArray(GetParam().zone));
     ASSERT_TRUE(zone.isValid());
     EXPECT_EQ(iso8601FromInstant(TranscriptRules::tomorrowMorning(GetParam().now, zone)),
@@ -142,7 +151,8 @@ INSTANTIATE_TEST_SUITE_P(
         SnoozeCase{"Pacific/Kwajalein", utc("1969-09-29T00:00:00Z"), utc("1969-09-29T22:00:00Z"),
                    utc("1969-10-02T23:00:00Z")}));
 
-TEST(SnoozeTimes, SurviveAZoneThatIsUnknown) {
+TEST(SnoozeTimes, SurviveAZoneThatIsUnknown)
+{
     const Instant now = utc("2025-02-27T12:00:00Z");
     EXPECT_EQ(TranscriptRules::tomorrowMorning(now, QTimeZone()), now + 24h);
     EXPECT_EQ(TranscriptRules::threeDaysOut(now, QTimeZone()), now);

@@ -8,7 +8,8 @@ namespace {
 using namespace Qt::StringLiterals;
 
 VisitorGeo geo(const std::optional<QString>& city, const std::optional<QString>& region,
-               const std::optional<QString>& country, const std::optional<QString>& code) {
+               const std::optional<QString>& country, const std::optional<QString>& code)
+{
     VisitorGeo made;
     made.city = city;
     made.region = region;
@@ -17,7 +18,8 @@ VisitorGeo geo(const std::optional<QString>& city, const std::optional<QString>&
     return made;
 }
 
-TEST(PlaceLine, JoinsWhatIsKnown) {
+TEST(PlaceLine, JoinsWhatIsKnown)
+{
     EXPECT_EQ(placeLine(std::nullopt), std::nullopt);
     struct Case {
         VisitorGeo geo;
@@ -35,7 +37,8 @@ TEST(PlaceLine, JoinsWhatIsKnown) {
         EXPECT_EQ(placeLine(tried.geo), tried.line);
 }
 
-TEST(NetworkLine, JoinsZoneAndOrganisation) {
+TEST(NetworkLine, JoinsZoneAndOrganisation)
+{
     VisitorGeo place;
     EXPECT_EQ(networkLine(std::nullopt), std::nullopt);
     EXPECT_EQ(networkLine(place), u""_s);
@@ -47,7 +50,8 @@ TEST(NetworkLine, JoinsZoneAndOrganisation) {
     EXPECT_EQ(networkLine(place), u"Europe/Berlin"_s);
 }
 
-TEST(PageLabel, TakesTheFirstThatNamesThePage) {
+TEST(PageLabel, TakesTheFirstThatNamesThePage)
+{
     struct Case {
         std::optional<QString> title;
         std::optional<QString> url;
@@ -70,7 +74,8 @@ TEST(PageLabel, TakesTheFirstThatNamesThePage) {
         EXPECT_EQ(pageLabel({tried.url, tried.title, {}}), tried.label) << qPrintable(tried.label);
 }
 
-TEST(WebURL, IsHttpWithAHost) {
+TEST(WebURL, IsHttpWithAHost)
+{
     EXPECT_EQ(webURL(u"  HTTPS://Shop.Example/a \n"_s), QUrl(u"https://shop.example/a"_s));
     EXPECT_EQ(webURL(u"http://h"_s), QUrl(u"http://h"_s));
     for (const QString& text : {u"mailto:a@b.example"_s, u"ftp://h/a"_s, u"https://"_s, u"http:///path"_s,
@@ -78,13 +83,15 @@ TEST(WebURL, IsHttpWithAHost) {
         EXPECT_EQ(webURL(text), std::nullopt) << qPrintable(text);
 }
 
-TEST(OpenableURL, HasAScheme) {
+TEST(OpenableURL, HasAScheme)
+{
     EXPECT_EQ(openableURL(u"mailto:a@b.example"_s), QUrl(u"mailto:a@b.example"_s));
     for (const QString& text : {u"/cart"_s, u"//h/p"_s, u"http://[bad"_s, u"plain"_s, u""_s})
         EXPECT_EQ(openableURL(text), std::nullopt) << qPrintable(text);
 }
 
-TEST(CurrentPage, IsTheLatestVisitOfTheAddress) {
+TEST(CurrentPage, IsTheLatestVisitOfTheAddress)
+{
     VisitorMeta meta;
     EXPECT_EQ(currentPage(meta), std::nullopt);
     meta.url = u""_s;
@@ -100,7 +107,8 @@ TEST(CurrentPage, IsTheLatestVisitOfTheAddress) {
     EXPECT_EQ(currentPage(meta), (VisitorPage{u"https://h/b"_s, {}, {}}));
 }
 
-TEST(DeviceRows, ListWhatIsKnownInOrder) {
+TEST(DeviceRows, ListWhatIsKnownInOrder)
+{
     VisitorMeta meta;
     EXPECT_TRUE(deviceRows(meta).empty());
     meta.userAgent = u"curl/8"_s;
@@ -114,7 +122,8 @@ TEST(DeviceRows, ListWhatIsKnownInOrder) {
     EXPECT_EQ(deviceRows(meta).at(1), (LabelledValue{u"Language"_s, u"de-DE"_s}));
 }
 
-TEST(UserAgentInfo, NamesBrowserAndSystem) {
+TEST(UserAgentInfo, NamesBrowserAndSystem)
+{
     const std::vector<std::pair<QString, QString>> cases{
         {u"Mozilla/5.0 (Windows NT 10.0) AppleWebKit Chrome/120.0 Safari/537.36 Edg/120.0"_s,
          u"Edge on Windows"_s},

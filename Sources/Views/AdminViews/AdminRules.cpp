@@ -4,7 +4,8 @@
 
 namespace orvia::AdminRules {
 
-qint64 greetingDelay(const QString& text) {
+qint64 greetingDelay(const QString& text)
+{
     // QString's own reading would also accept surrounding white space.
     const bool isSigned = text.startsWith(u'+') || text.startsWith(u'-');
     const QStringView digits = QStringView(text).sliced(isSigned ? 1 : 0);

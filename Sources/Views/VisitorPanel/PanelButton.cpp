@@ -11,7 +11,9 @@ namespace orvia {
 
 using namespace Qt::StringLiterals;
 
-PanelButton::PanelButton(QWidget* parent) : QPushButton(parent) {
+PanelButton::PanelButton(QWidget* parent)
+    : QPushButton(parent)
+{
     setAttribute(Qt::WA_Hover);
     setAutoDefault(false);
     setFlat(true);
@@ -21,25 +23,29 @@ PanelButton::PanelButton(QWidget* parent) : QPushButton(parent) {
     connect(&Theme::shared(), &Theme::changed, this, &QWidget::updateGeometry);
 }
 
-QSize PanelButton::minimumSizeHint() const {
+QSize PanelButton::minimumSizeHint() const
+{
     return {0, sizeHint().height()};
 }
 
-void PanelButton::keyPressEvent(QKeyEvent* event) {
+void PanelButton::keyPressEvent(QKeyEvent* event)
+{
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         click();
     else
         QPushButton::keyPressEvent(event);
 }
 
-bool PanelButton::event(QEvent* event) {
+bool PanelButton::event(QEvent* event)
+{
     if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverLeave)
         update();
     return QPushButton::event(event);
 }
 
 int PanelButton::drawLine(QPainter& painter, const QRect& area, const QString& text, const QFont& font,
-                          ColorRole color) const {
+                          ColorRole color) const
+{
     QFont shownFont = font;
     if (underMouse() || isDown())
         shownFont.setUnderline(true);
@@ -50,9 +56,14 @@ int PanelButton::drawLine(QPainter& painter, const QRect& area, const QString& t
     return painter.fontMetrics().horizontalAdvance(shown);
 }
 
-LinkButton::LinkButton(Kind kind, QWidget* parent) : PanelButton(parent), m_kind(kind) {}
+LinkButton::LinkButton(Kind kind, QWidget* parent)
+    : PanelButton(parent)
+    , m_kind(kind)
+{
+}
 
-void LinkButton::setTexts(const QString& text, const QString& title) {
+void LinkButton::setTexts(const QString& text, const QString& title)
+{
     setAccessibleName(title.isEmpty() ? text : title + ", "_L1 + text);
     m_text = panelLine(text);
     m_title = panelLine(title);
@@ -60,7 +71,8 @@ void LinkButton::setTexts(const QString& text, const QString& title) {
     update();
 }
 
-QFont LinkButton::textFont() const {
+QFont LinkButton::textFont() const
+{
     if (m_kind == Kind::action)
         return Theme::font(TextRole::bodyMedium);
     // The accent colour alone does not stand out enough on dark surfaces.
@@ -69,7 +81,8 @@ QFont LinkButton::textFont() const {
     return font;
 }
 
-QSize LinkButton::sizeHint() const {
+QSize LinkButton::sizeHint() const
+{
     const QFontMetrics metrics(textFont());
     const QFontMetrics titleMetrics(Theme::font(TextRole::bodyMedium));
     const int line = qMax(PanelMetrics::lineHeight, metrics.height());
@@ -78,7 +91,8 @@ QSize LinkButton::sizeHint() const {
             m_title.isEmpty() ? line : line + qMax(PanelMetrics::lineHeight, titleMetrics.height())};
 }
 
-void LinkButton::paintEvent(QPaintEvent*) {
+void LinkButton::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     QRect area = rect();
     if (!m_title.isEmpty()) {

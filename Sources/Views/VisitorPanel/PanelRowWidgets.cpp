@@ -1,6 +1,7 @@
 #include "Views/VisitorPanel/PanelRowWidgets.h"
 
 #include "Views/VisitorPanel/PanelMetrics.h"
+#include "Views/Widgets/FocusRing.h"
 
 #include <QBoxLayout>
 #include <QFocusEvent>
@@ -13,17 +14,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-int heightFor(TextRole role, int least) {
+int heightFor(TextRole role, int least)
+{
     return qMax(least, QFontMetrics(Theme::font(role)).height());
 }
 
 /// Whether a focus that moves for this reason comes back to where it was.
-bool isTransient(Qt::FocusReason reason) {
-    return reason == Qt::PopupFocusReason || reason == Qt::ActiveWindowFocusReason ||
-           reason == Qt::MenuBarFocusReason;
+bool isTransient(Qt::FocusReason reason)
+{
+    return reason == Qt::PopupFocusReason || reason == Qt::ActiveWindowFocusReason
+           || reason == Qt::MenuBarFocusReason;
 }
 
-QString joined(const QStringList& parts) {
+QString joined(const QStringList& parts)
+{
     QStringList present = parts;
     present.removeAll(QString());
     return present.join(", "_L1);
@@ -31,17 +35,21 @@ QString joined(const QStringList& parts) {
 
 } // namespace
 
-SelectableLine::SelectableLine(QWidget* parent) : QLineEdit(parent) {
+SelectableLine::SelectableLine(QWidget* parent)
+    : QLineEdit(parent)
+{
     setReadOnly(true);
     setFrame(false);
     // A line edit leaves two pixels at its sides by itself.
     setTextMargins(-2, 0, -2, 0);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    FocusRing::attach(this, Radius::hit);
     applyTheme();
     connect(&Theme::shared(), &Theme::changed, this, &SelectableLine::applyTheme);
 }
 
-void SelectableLine::applyTheme() {
+void SelectableLine::applyTheme()
+{
     setFont(Theme::font(TextRole::callout));
     QPalette colors = palette();
     colors.setColor(QPalette::Base, Qt::transparent);
@@ -50,7 +58,8 @@ void SelectableLine::applyTheme() {
     updateGeometry();
 }
 
-void SelectableLine::setValue(const QString& value, const QString& description) {
+void SelectableLine::setValue(const QString& value, const QString& description)
+{
     setAccessibleName(value);
     setAccessibleDescription(description);
     if (value == m_value)
@@ -60,17 +69,20 @@ void SelectableLine::setValue(const QString& value, const QString& description) 
     showText(hasFocus());
 }
 
-void SelectableLine::showText(bool whole) {
+void SelectableLine::showText(bool whole)
+{
     // Laying out a very long text takes time that is worth it only for somebody who wants to select in it.
     setText(whole ? m_value : panelLine(m_value));
     setCursorPosition(0);
 }
 
-QSize SelectableLine::sizeHint() const {
+QSize SelectableLine::sizeHint() const
+{
     return {0, heightFor(TextRole::callout, PanelMetrics::lineHeight)};
 }
 
-void SelectableLine::paintEvent(QPaintEvent* event) {
+void SelectableLine::paintEvent(QPaintEvent* event)
+{
     if (hasFocus() || hasSelectedText()) {
         QLineEdit::paintEvent(event);
         return;
@@ -81,14 +93,16 @@ void SelectableLine::paintEvent(QPaintEvent* event) {
                      fontMetrics().elidedText(panelLine(m_value), Qt::ElideRight, width()));
 }
 
-void SelectableLine::focusInEvent(QFocusEvent* event) {
+void SelectableLine::focusInEvent(QFocusEvent* event)
+{
     if (!isTransient(event->reason()))
         showText(true);
     QLineEdit::focusInEvent(event);
     update();
 }
 
-void SelectableLine::focusOutEvent(QFocusEvent* event) {
+void SelectableLine::focusOutEvent(QFocusEvent* event)
+{
     QLineEdit::focusOutEvent(event);
     if (!isTransient(event->reason()))
         showText(false);
@@ -99,7 +113,8 @@ LabelledRow::LabelledRow(QWidget* parent)
     : QWidget(parent)
     , m_label(new PanelLine(TextRole::caption, ColorRole::textSecondary, this))
     , m_text(new SelectableLine(this))
-    , m_link(new LinkButton(LinkButton::Kind::link, this)) {
+    , m_link(new LinkButton(LinkButton::Kind::link, this))
+{
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(Spacing::small);
@@ -111,7 +126,8 @@ LabelledRow::LabelledRow(QWidget* parent)
     connect(m_link, &QAbstractButton::clicked, this, &LabelledRow::linkClicked);
 }
 
-void LabelledRow::setTexts(const QString& label, const QString& value, bool isLink, const QString& place) {
+void LabelledRow::setTexts(const QString& label, const QString& value, bool isLink, const QString& place)
+{
     m_label->setLine(label);
     m_label->show();
     const QString description = joined({label, place});
@@ -127,17 +143,23 @@ void LabelledRow::setTexts(const QString& label, const QString& value, bool isLi
     m_text->setVisible(!isLink);
 }
 
-QWidget* LabelledRow::valueWidget() const {
+QWidget* LabelledRow::valueWidget() const
+{
     return m_isLink ? static_cast<QWidget*>(m_link) : m_text;
 }
 
-int LabelledRow::rowHeight() {
+int LabelledRow::rowHeight()
+{
     return heightFor(TextRole::callout, PanelMetrics::tableRowHeight);
 }
 
-JourneyRow::JourneyRow(QWidget* parent) : PanelButton(parent) {}
+JourneyRow::JourneyRow(QWidget* parent)
+    : PanelButton(parent)
+{
+}
 
-void JourneyRow::setTexts(const QString& label, const QString& time, const QString& place) {
+void JourneyRow::setTexts(const QString& label, const QString& time, const QString& place)
+{
     setAccessibleName(label);
     setAccessibleDescription(joined({time, place}));
     setToolTip(panelToolTip(label));
@@ -146,11 +168,13 @@ void JourneyRow::setTexts(const QString& label, const QString& time, const QStri
     update();
 }
 
-int JourneyRow::rowHeight() {
+int JourneyRow::rowHeight()
+{
     return heightFor(TextRole::callout, PanelMetrics::journeyRowHeight);
 }
 
-void JourneyRow::paintEvent(QPaintEvent*) {
+void JourneyRow::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     const QFont timeFont = Theme::font(TextRole::caption);
     const int timeWidth = m_time.isEmpty() ? 0 : QFontMetrics(timeFont).horizontalAdvance(m_time) + 1;
@@ -167,10 +191,14 @@ void JourneyRow::paintEvent(QPaintEvent*) {
     drawLine(painter, labelArea, m_label, Theme::font(TextRole::callout), ColorRole::textPrimary);
 }
 
-HistoryRow::HistoryRow(QWidget* parent) : PanelButton(parent) {}
+HistoryRow::HistoryRow(QWidget* parent)
+    : PanelButton(parent)
+{
+}
 
 void HistoryRow::setTexts(const QString& status, const QString& date, const QString& preview,
-                          const QString& place) {
+                          const QString& place)
+{
     setAccessibleName(joined({status, date, preview}));
     setAccessibleDescription(place);
     setToolTip(panelToolTip(preview));
@@ -180,12 +208,14 @@ void HistoryRow::setTexts(const QString& status, const QString& date, const QStr
     update();
 }
 
-int HistoryRow::rowHeight(bool hasPreview) {
+int HistoryRow::rowHeight(bool hasPreview)
+{
     const int first = heightFor(TextRole::bodyMedium, PanelMetrics::lineHeight);
     return hasPreview ? first + heightFor(TextRole::callout, PanelMetrics::lineHeight) : first;
 }
 
-void HistoryRow::paintEvent(QPaintEvent*) {
+void HistoryRow::paintEvent(QPaintEvent*)
+{
     QPainter painter(this);
     const QRect firstLine(0, 0, width(), rowHeight(false));
     const int statusWidth =

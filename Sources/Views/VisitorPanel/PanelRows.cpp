@@ -21,13 +21,17 @@ constexpr std::size_t longestColumn = 100'000;
 } // namespace
 
 PanelRows::PanelRows(QScrollArea& area, Delegate delegate, QWidget* parent)
-    : QWidget(parent), m_area(area), m_delegate(std::move(delegate)) {
+    : QWidget(parent)
+    , m_area(area)
+    , m_delegate(std::move(delegate))
+{
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     connect(area.verticalScrollBar(), &QScrollBar::valueChanged, this, &PanelRows::materialise);
     connect(area.verticalScrollBar(), &QScrollBar::rangeChanged, this, &PanelRows::materialise);
 }
 
-void PanelRows::setHeights(const std::vector<int>& heights, qsizetype added) {
+void PanelRows::setHeights(const std::vector<int>& heights, qsizetype added)
+{
     if (added > 0) {
         std::map<qsizetype, QWidget*> moved;
         for (const auto& [index, row] : m_rows)
@@ -44,20 +48,28 @@ void PanelRows::setHeights(const std::vector<int>& heights, qsizetype added) {
     refill();
 }
 
-void PanelRows::refill() {
-    for (const auto& [index, row] : m_rows) {
-        place(index, *row);
-        m_delegate.fill(*row, index);
+void PanelRows::refill()
+{
+    {
+        // A row that hides what had the focus makes the area scroll, which must not exchange rows meanwhile.
+        const QScopedValueRollback guard(m_materialising, true);
+        for (const auto& [index, row] : m_rows) {
+            place(index, *row);
+            m_delegate.fill(*row, index);
+        }
     }
+    materialise();
 }
 
-qsizetype PanelRows::indexOf(const QWidget* row) const {
+qsizetype PanelRows::indexOf(const QWidget* row) const
+{
     const auto found =
         std::find_if(m_rows.begin(), m_rows.end(), [row](const auto& entry) { return entry.second == row; });
     return found == m_rows.end() ? -1 : found->first;
 }
 
-PanelRows::Span PanelRows::visibleSpan(int margin) const {
+PanelRows::Span PanelRows::visibleSpan(int margin) const
+{
     if (count() <= smallCount)
         return {0, count() - 1};
     const int top = mapFrom(&m_area, QPoint(0, 0)).y() - margin;
@@ -68,7 +80,8 @@ PanelRows::Span PanelRows::visibleSpan(int margin) const {
     return {std::clamp<qsizetype>(first, 0, count() - 1), std::clamp<qsizetype>(last, 0, count() - 1)};
 }
 
-qsizetype PanelRows::focusedIndex() const {
+qsizetype PanelRows::focusedIndex() const
+{
     QWidget* focused = QApplication::focusWidget();
     if (!focused || !isAncestorOf(focused))
         return -1;
@@ -77,12 +90,14 @@ qsizetype PanelRows::focusedIndex() const {
     return indexOf(focused);
 }
 
-void PanelRows::place(qsizetype index, QWidget& row) const {
+void PanelRows::place(qsizetype index, QWidget& row) const
+{
     const auto position = static_cast<std::size_t>(index);
     row.setGeometry(0, m_offsets[position], width(), m_offsets[position + 1] - m_offsets[position]);
 }
 
-void PanelRows::materialise() {
+void PanelRows::materialise()
+{
     if (m_materialising)
         return;
     const Span needed = visibleSpan(leastMargin);
@@ -92,8 +107,8 @@ void PanelRows::materialise() {
     m_span = visibleSpan(keptMargin);
     const qsizetype focused = focusedIndex();
     const auto isKept = [this, focused](qsizetype index) {
-        return (index >= m_span.first && index <= m_span.last) ||
-               (focused >= 0 && index < count() && std::abs(index - focused) <= 1);
+        return (index >= m_span.first && index <= m_span.last)
+               || (focused >= 0 && index < count() && std::abs(index - focused) <= 1);
     };
     for (auto entry = m_rows.begin(); entry != m_rows.end();) {
         if (isKept(entry->first)) {
@@ -121,22 +136,28 @@ void PanelRows::materialise() {
         make(focused - 1);
         make(focused + 1);
     }
+    // Assistive tools read the rows in the order in which they are stacked.
+    for (const auto& [index, row] : m_rows)
+        row->raise();
     Q_EMIT rowsChanged();
 }
 
-void PanelRows::resizeEvent(QResizeEvent* event) {
+void PanelRows::resizeEvent(QResizeEvent* event)
+{
     QWidget::resizeEvent(event);
     for (const auto& [index, row] : m_rows)
         place(index, *row);
     materialise();
 }
 
-void PanelRows::moveEvent(QMoveEvent* event) {
+void PanelRows::moveEvent(QMoveEvent* event)
+{
     QWidget::moveEvent(event);
     materialise();
 }
 
-void PanelRows::showEvent(QShowEvent* event) {
+void PanelRows::showEvent(QShowEvent* event)
+{
     QWidget::showEvent(event);
     materialise();
 }

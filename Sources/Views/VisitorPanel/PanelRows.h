@@ -20,7 +20,8 @@ public:
     struct Delegate {
         /// Makes an empty row.
         std::function<QWidget*(QWidget* parent)> make;
-        /// Fills @p row for @p index.
+        /// Fills @p row for @p index. The focus that moves while the records behind the rows change can make
+        /// the area scroll before the column knows of the change, so the index may lie beyond the records.
         std::function<void(QWidget& row, qsizetype index)> fill;
     };
 

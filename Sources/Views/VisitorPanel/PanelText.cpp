@@ -9,7 +9,8 @@ namespace {
 constexpr qsizetype longestLine = 500;
 constexpr qsizetype longestToolTip = 2000;
 
-QString bounded(const QString& text, qsizetype limit) {
+QString bounded(const QString& text, qsizetype limit)
+{
     if (text.size() <= limit)
         return text;
     const qsizetype end = text.at(limit - 1).isHighSurrogate() ? limit - 1 : limit;
@@ -18,18 +19,23 @@ QString bounded(const QString& text, qsizetype limit) {
 
 } // namespace
 
-QString panelLine(const QString& text) {
+QString panelLine(const QString& text)
+{
     return bounded(text, longestLine).simplified();
 }
 
-QString panelToolTip(const QString& text) {
+QString panelToolTip(const QString& text)
+{
     return bounded(text, longestToolTip);
 }
 
 PanelLine::PanelLine(TextRole role, ColorRole color, QWidget* parent)
-    : ElidedLabel(QString(), role, color, parent) {}
+    : ElidedLabel(QString(), role, color, parent)
+{
+}
 
-void PanelLine::setLine(const QString& text) {
+void PanelLine::setLine(const QString& text)
+{
     if (text != m_text) {
         m_text = text;
         setText(panelLine(text));
@@ -41,12 +47,14 @@ void PanelLine::setLine(const QString& text) {
     setVisible(!text.isEmpty());
 }
 
-QSize PanelLine::sizeHint() const {
+QSize PanelLine::sizeHint() const
+{
     return {ElidedLabel::sizeHint().width(),
             qMax(ElidedLabel::sizeHint().height(), PanelMetrics::lineHeight)};
 }
 
-QSize PanelLine::minimumSizeHint() const {
+QSize PanelLine::minimumSizeHint() const
+{
     return {ElidedLabel::minimumSizeHint().width(), sizeHint().height()};
 }
 

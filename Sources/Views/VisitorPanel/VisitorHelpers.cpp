@@ -12,18 +12,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString translated(const char* text) {
+QString translated(const char* text)
+{
     return QCoreApplication::translate("VisitorPanel", text);
 }
 
-bool hasText(const std::optional<QString>& text) {
+bool hasText(const std::optional<QString>& text)
+{
     return text && !text->isEmpty();
 }
 
 using NamedToken = std::pair<QLatin1StringView, QLatin1StringView>;
 
 template <std::size_t size>
-QString firstMatch(const QString& text, const std::array<NamedToken, size>& tokens) {
+QString firstMatch(const QString& text, const std::array<NamedToken, size>& tokens)
+{
     const auto match = std::find_if(tokens.begin(), tokens.end(),
                                     [&text](const NamedToken& token) { return text.contains(token.first); });
     return match == tokens.end() ? QString() : QString(match->second);
@@ -31,7 +34,8 @@ QString firstMatch(const QString& text, const std::array<NamedToken, size>& toke
 
 } // namespace
 
-std::optional<QString> placeLine(const std::optional<VisitorGeo>& geo) {
+std::optional<QString> placeLine(const std::optional<VisitorGeo>& geo)
+{
     if (!geo)
         return std::nullopt;
     QStringList parts;
@@ -46,7 +50,8 @@ std::optional<QString> placeLine(const std::optional<VisitorGeo>& geo) {
     return place.isEmpty() ? code : place + " ("_L1 + code + u')';
 }
 
-std::optional<QString> networkLine(const std::optional<VisitorGeo>& geo) {
+std::optional<QString> networkLine(const std::optional<VisitorGeo>& geo)
+{
     if (!geo)
         return std::nullopt;
     QStringList parts;
@@ -57,7 +62,8 @@ std::optional<QString> networkLine(const std::optional<VisitorGeo>& geo) {
     return parts.join(u" · "_s);
 }
 
-QString pageLabel(const VisitorPage& page) {
+QString pageLabel(const VisitorPage& page)
+{
     if (hasText(page.title))
         return *page.title;
     if (!hasText(page.url))
@@ -72,19 +78,22 @@ QString pageLabel(const VisitorPage& page) {
     return url.host().isEmpty() ? *page.url : url.host();
 }
 
-std::optional<QUrl> webURL(const QString& text) {
+std::optional<QUrl> webURL(const QString& text)
+{
     const QUrl url(text.trimmed(), QUrl::TolerantMode);
     // QUrl keeps schemes in lower case.
     const bool isWeb = url.scheme() == "http"_L1 || url.scheme() == "https"_L1;
     return url.isValid() && isWeb && !url.host().isEmpty() ? std::optional(url) : std::nullopt;
 }
 
-std::optional<QUrl> openableURL(const QString& text) {
+std::optional<QUrl> openableURL(const QString& text)
+{
     const QUrl url(text, QUrl::TolerantMode);
     return url.isValid() && !url.scheme().isEmpty() ? std::optional(url) : std::nullopt;
 }
 
-std::optional<VisitorPage> currentPage(const VisitorMeta& meta) {
+std::optional<VisitorPage> currentPage(const VisitorMeta& meta)
+{
     if (!hasText(meta.url))
         return std::nullopt;
     if (meta.pages) {
@@ -97,7 +106,8 @@ std::optional<VisitorPage> currentPage(const VisitorMeta& meta) {
     return VisitorPage{meta.url, std::nullopt, std::nullopt};
 }
 
-std::vector<LabelledValue> deviceRows(const VisitorMeta& meta) {
+std::vector<LabelledValue> deviceRows(const VisitorMeta& meta)
+{
     std::vector<LabelledValue> rows;
     if (hasText(meta.userAgent))
         rows.push_back({translated("Browser"), UserAgentInfo::describe(*meta.userAgent)});
@@ -110,7 +120,8 @@ std::vector<LabelledValue> deviceRows(const VisitorMeta& meta) {
     return rows;
 }
 
-QString UserAgentInfo::describe(const QString& userAgent) {
+QString UserAgentInfo::describe(const QString& userAgent)
+{
     // The order matters: most browsers and systems also claim to be the ones below them.
     static constexpr std::array<NamedToken, 8> browsers{{
         {"Edg/"_L1, "Edge"_L1},

@@ -25,14 +25,17 @@ constexpr qsizetype collapsedPages = 8;
 } // namespace
 
 VisitorPanel::VisitorPanel(Session& session, QString conversationId, QWidget* parent)
-    : VisitorPanel(session, std::move(conversationId), Surroundings(), parent) {}
+    : VisitorPanel(session, std::move(conversationId), Surroundings(), parent)
+{
+}
 
 VisitorPanel::VisitorPanel(Session& session, QString conversationId, Surroundings surroundings,
                            QWidget* parent)
     : QWidget(parent)
     , m_session(session)
     , m_conversationId(std::move(conversationId))
-    , m_surroundings(std::move(surroundings)) {
+    , m_surroundings(std::move(surroundings))
+{
     setAccessibleName(tr("Visitor details"));
     for (QTimer* timer : {&m_refresh, &m_times, &m_tabOrder})
         timer->setSingleShot(true);
@@ -46,30 +49,40 @@ VisitorPanel::VisitorPanel(Session& session, QString conversationId, Surrounding
     refresh();
 }
 
-void VisitorPanel::conversationTouched(qsizetype index) {
+void VisitorPanel::conversationTouched(qsizetype index)
+{
     if (m_session.conversations().at(index).id == m_conversationId)
         scheduleRefresh();
 }
 
-void VisitorPanel::scheduleRefresh() {
+void VisitorPanel::scheduleRefresh()
+{
     // However much happens in one turn of the event loop, the panel follows once.
     if (!m_refresh.isActive())
         m_refresh.start(0);
 }
 
-const std::vector<VisitorPage>& VisitorPanel::pages() const {
+const std::vector<VisitorPage>& VisitorPanel::pages() const
+{
     static const std::vector<VisitorPage> none;
     const bool known = m_conversation && m_conversation->visitor.meta && m_conversation->visitor.meta->pages;
     return known ? *m_conversation->visitor.meta->pages : none;
 }
 
-const VisitorPage& VisitorPanel::page(qsizetype row) const {
-    return pages()[pages().size() - 1 - static_cast<std::size_t>(row)];
+const VisitorPage& VisitorPanel::page(qsizetype row) const
+{
+    static const VisitorPage none;
+    const auto position = static_cast<std::size_t>(row);
+    return position < pages().size() ? pages()[pages().size() - 1 - position] : none;
 }
 
-void VisitorPanel::refresh() {
+void VisitorPanel::refresh()
+{
     const Conversation* current = m_session.conversations().find(m_conversationId);
-    const bool same = current ? m_conversation == *current : !m_conversation;
+    // Conversations change with every message; what is shown here seldom does.
+    const bool same = current ? m_conversation && m_conversation->visitor == current->visitor
+                                    && m_conversation->createdAt == current->createdAt
+                              : !m_conversation;
     if (same)
         return;
     const std::vector<VisitorPage> pagesBefore = pages();
@@ -90,7 +103,8 @@ void VisitorPanel::refresh() {
     scheduleTimes();
 }
 
-void VisitorPanel::refreshIdentity() {
+void VisitorPanel::refreshIdentity()
+{
     m_identity->setVisible(m_conversation.has_value());
     if (!m_conversation)
         return;
@@ -104,7 +118,8 @@ void VisitorPanel::refreshIdentity() {
             : QString());
 }
 
-void VisitorPanel::refreshLocation() {
+void VisitorPanel::refreshLocation()
+{
     const auto meta = m_conversation ? m_conversation->visitor.meta : std::nullopt;
     const auto geo = meta ? meta->geo : std::nullopt;
     m_place->setLine(placeLine(geo).value_or(QString()));
@@ -112,7 +127,8 @@ void VisitorPanel::refreshLocation() {
     m_ip->setLine(meta ? meta->ip.value_or(QString()) : QString());
 }
 
-void VisitorPanel::refreshCurrentPage() {
+void VisitorPanel::refreshCurrentPage()
+{
     const bool known = m_conversation && m_conversation->visitor.meta;
     const auto current = known ? currentPage(*m_conversation->visitor.meta) : std::nullopt;
     m_currentPageSection->setVisible(current.has_value());
@@ -123,7 +139,8 @@ void VisitorPanel::refreshCurrentPage() {
     m_currentPage->setAccessibleDescription(*current->url);
 }
 
-void VisitorPanel::refreshCustomData() {
+void VisitorPanel::refreshCustomData()
+{
     m_data.clear();
     if (m_conversation && m_conversation->visitor.meta && m_conversation->visitor.meta->data) {
         const auto& pairs = m_conversation->visitor.meta->data->pairs;
@@ -134,13 +151,15 @@ void VisitorPanel::refreshCustomData() {
     m_dataRows->setHeights(std::vector<int>(m_data.size(), LabelledRow::rowHeight()));
 }
 
-void VisitorPanel::refreshJourney(const std::vector<VisitorPage>& before) {
+void VisitorPanel::refreshJourney(const std::vector<VisitorPage>& before)
+{
     const std::vector<VisitorPage>& now = pages();
     const bool grew = now.size() >= before.size() && std::equal(before.begin(), before.end(), now.begin());
     showJourneyRows(grew ? static_cast<qsizetype>(now.size() - before.size()) : 0);
 }
 
-void VisitorPanel::showJourneyRows(qsizetype added) {
+void VisitorPanel::showJourneyRows(qsizetype added)
+{
     const auto total = static_cast<qsizetype>(pages().size());
     const bool folds = total > collapsedPages;
     const qsizetype listed = folds && !m_showAllPages ? collapsedPages : total;
@@ -151,7 +170,8 @@ void VisitorPanel::showJourneyRows(qsizetype added) {
     m_journeyToggle->setVisible(folds);
 }
 
-void VisitorPanel::refreshDevice() {
+void VisitorPanel::refreshDevice()
+{
     const bool known = m_conversation && m_conversation->visitor.meta;
     const auto rows = known ? deviceRows(*m_conversation->visitor.meta) : std::vector<LabelledValue>();
     m_deviceSection->setVisible(!rows.empty());
@@ -163,7 +183,8 @@ void VisitorPanel::refreshDevice() {
     m_tabOrder.start(0);
 }
 
-void VisitorPanel::loadHistory() {
+void VisitorPanel::loadHistory()
+{
     const quint64 generation = ++m_historyGeneration;
     if (!m_conversation || m_conversation->visitor.email.isEmpty()) {
         showHistory({});
@@ -180,19 +201,24 @@ void VisitorPanel::loadHistory() {
                    });
 }
 
-void VisitorPanel::showHistory(std::vector<Conversation> history) {
+void VisitorPanel::showHistory(std::vector<Conversation> history)
+{
     m_history = std::move(history);
     std::vector<int> heights;
     heights.reserve(m_history.size());
-    for (const Conversation& conversation : m_history)
-        heights.push_back(HistoryRow::rowHeight(conversation.lastMessagePreview &&
-                                                !conversation.lastMessagePreview->isEmpty()) +
-                          Spacing::iconGap);
+    for (const Conversation& conversation : m_history) {
+        const bool hasPreview =
+            conversation.lastMessagePreview && !conversation.lastMessagePreview->isEmpty();
+        heights.push_back(HistoryRow::rowHeight(hasPreview) + Spacing::iconGap);
+    }
+    if (!heights.empty())
+        heights.back() -= Spacing::iconGap;
     m_historySection->setVisible(!m_history.empty());
     m_historyRows->setHeights(heights);
 }
 
-void VisitorPanel::copyEmail() {
+void VisitorPanel::copyEmail()
+{
     if (!m_conversation)
         return;
     QGuiApplication::clipboard()->setText(m_conversation->visitor.email);
@@ -201,19 +227,22 @@ void VisitorPanel::copyEmail() {
     QTimer::singleShot(m_surroundings.copiedShown, m_copied, &QWidget::hide);
 }
 
-void VisitorPanel::openAddress(const QString& address) const {
+void VisitorPanel::openAddress(const QString& address) const
+{
     if (const auto url = openableURL(address))
         open(*url);
 }
 
-void VisitorPanel::open(const QUrl& url) const {
+void VisitorPanel::open(const QUrl& url) const
+{
     if (m_surroundings.openURL)
         m_surroundings.openURL(url);
     else
         QDesktopServices::openUrl(url);
 }
 
-void VisitorPanel::refreshTimes() {
+void VisitorPanel::refreshTimes()
+{
     if (!isVisible())
         return;
     refreshIdentity();
@@ -221,7 +250,8 @@ void VisitorPanel::refreshTimes() {
     scheduleTimes();
 }
 
-void VisitorPanel::scheduleTimes() {
+void VisitorPanel::scheduleTimes()
+{
     if (!isVisible()) {
         m_times.stop();
         return;
@@ -248,11 +278,13 @@ void VisitorPanel::scheduleTimes() {
         m_times.start(wait);
 }
 
-QString VisitorPanel::placeInList(const PanelRows& rows, qsizetype index) const {
+QString VisitorPanel::placeInList(const PanelRows& rows, qsizetype index) const
+{
     return rows.isPartial() ? tr("%1 of %2").arg(index + 1).arg(rows.count()) : QString();
 }
 
-void VisitorPanel::showEvent(QShowEvent* event) {
+void VisitorPanel::showEvent(QShowEvent* event)
+{
     QWidget::showEvent(event);
     if (event->spontaneous())
         return;
@@ -260,12 +292,14 @@ void VisitorPanel::showEvent(QShowEvent* event) {
     loadHistory();
 }
 
-void VisitorPanel::hideEvent(QHideEvent* event) {
+void VisitorPanel::hideEvent(QHideEvent* event)
+{
     QWidget::hideEvent(event);
     m_times.stop();
 }
 
-void VisitorPanel::paintEvent(QPaintEvent*) {
+void VisitorPanel::paintEvent(QPaintEvent*)
+{
     QPainter(this).fillRect(rect(), Theme::color(ColorRole::window));
 }
 

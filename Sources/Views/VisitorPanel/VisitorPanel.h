@@ -14,7 +14,6 @@
 #include <optional>
 #include <vector>
 
-class QScrollArea;
 class QVBoxLayout;
 
 namespace orvia {
@@ -25,6 +24,7 @@ class Label;
 class PanelLine;
 class PanelRows;
 class PanelSection;
+class ScrollArea;
 class Session;
 
 /// The column beside an open conversation that describes its visitor. It reads the session's conversation and
@@ -85,7 +85,7 @@ private:
     void orderTabs();
     QString placeInList(const PanelRows& rows, qsizetype index) const;
     const std::vector<VisitorPage>& pages() const;
-    /// The page of a row of the journey, which lists the newest first.
+    /// The page of a row of the journey, which lists the newest first; an empty one beyond the last.
     const VisitorPage& page(qsizetype row) const;
 
     Session& m_session;
@@ -98,7 +98,7 @@ private:
     bool m_showAllPages = false;
     quint64 m_historyGeneration = 0; ///< raised by every load, so that a late answer is known as such
 
-    QScrollArea* m_area = nullptr;
+    ScrollArea* m_area = nullptr;
     QVBoxLayout* m_sections = nullptr;
     QWidget* m_identity = nullptr;
     PanelLine* m_name = nullptr;

@@ -7,9 +7,8 @@
 #include "Views/VisitorPanel/PanelSection.h"
 #include "Views/VisitorPanel/VisitorPanel.h"
 #include "Views/Widgets/FocusRing.h"
+#include "Views/Widgets/ScrollArea.h"
 
-#include <QScrollArea>
-#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace orvia {
@@ -19,47 +18,50 @@ namespace {
 /// Browser, language, screen and referrer.
 constexpr int deviceRowCount = 4;
 
-QString dateText(const Conversation& conversation) {
+QString dateText(const Conversation& conversation)
+{
     const auto& instant = conversation.lastMessageAt ? conversation.lastMessageAt : conversation.createdAt;
     return instant ? Formats::date(*instant) : QString();
 }
 
+/// The record of a row; an empty one beyond the last.
+template <class Record>
+const Record& recordAt(const std::vector<Record>& records, qsizetype row)
+{
+    static const Record none;
+    const auto position = static_cast<std::size_t>(row);
+    return position < records.size() ? records[position] : none;
+}
+
 /// The part of a row that the Tab key stops at.
-QWidget* tabStop(QWidget* row) {
+QWidget* tabStop(QWidget* row)
+{
     const auto* labelled = qobject_cast<LabelledRow*>(row);
     return labelled ? labelled->valueWidget() : row;
 }
 
 } // namespace
 
-void VisitorPanel::build() {
+void VisitorPanel::build()
+{
     setFixedWidth(PanelMetrics::width);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
 
-    m_area = new QScrollArea(this);
-    m_area->setFrameShape(QFrame::NoFrame);
-    m_area->setWidgetResizable(true);
-    m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_area = new ScrollArea(this);
     m_area->setAccessibleName(tr("Visitor details"));
+    m_area->setFocusPolicy(Qt::StrongFocus);
     m_area->viewport()->setAutoFillBackground(false);
     FocusRing::attach(m_area, 0, FocusRing::Policy::keyboard, -Spacing::hair);
     layout->addWidget(m_area);
 
     auto* content = new QWidget;
-    content->setAutoFillBackground(false);
     m_sections = new QVBoxLayout(content);
+    m_sections->setContentsMargins(PanelMetrics::sidePadding, PanelMetrics::topPadding,
+                                   PanelMetrics::sidePadding, PanelMetrics::topPadding);
     m_sections->setSpacing(0);
     m_area->setWidget(content);
     content->setAutoFillBackground(false);
-    // The scroll bar lies in the padding, so that nothing moves when it comes and goes.
-    const auto pad = [this](int, int maximum) {
-        const int bar = maximum > 0 ? m_area->verticalScrollBar()->sizeHint().width() : 0;
-        m_sections->setContentsMargins(PanelMetrics::sidePadding, PanelMetrics::topPadding,
-                                       qMax(0, PanelMetrics::sidePadding - bar), PanelMetrics::topPadding);
-    };
-    connect(m_area->verticalScrollBar(), &QScrollBar::rangeChanged, this, pad);
-    pad(0, 0);
 
     buildIdentity();
     buildLocation();
@@ -79,13 +81,15 @@ void VisitorPanel::build() {
     });
 }
 
-PanelSection* VisitorPanel::addSection(const QString& title) {
+PanelSection* VisitorPanel::addSection(const QString& title)
+{
     auto* section = new PanelSection(title, m_area->widget());
     m_sections->addWidget(section);
     return section;
 }
 
-void VisitorPanel::buildIdentity() {
+void VisitorPanel::buildIdentity()
+{
     m_identity = new QWidget(m_area->widget());
     m_sections->addWidget(m_identity);
     auto* lines = new QVBoxLayout(m_identity);
@@ -109,9 +113,11 @@ void VisitorPanel::buildIdentity() {
 
     m_started = new PanelLine(TextRole::callout, ColorRole::textSecondary, m_identity);
     lines->addWidget(m_started);
+    m_identity->hide();
 }
 
-void VisitorPanel::buildLocation() {
+void VisitorPanel::buildLocation()
+{
     PanelSection* section = addSection(tr("Location"));
     m_place = new PanelLine(TextRole::callout, ColorRole::textPrimary, section);
     m_network = new PanelLine(TextRole::callout, ColorRole::textSecondary, section);
@@ -122,20 +128,23 @@ void VisitorPanel::buildLocation() {
     }
 }
 
-void VisitorPanel::buildCurrentPage() {
+void VisitorPanel::buildCurrentPage()
+{
     m_currentPageSection = addSection(tr("Now viewing"));
     m_currentPage = new LinkButton(LinkButton::Kind::link, m_currentPageSection);
     m_currentPageSection->contents()->addWidget(m_currentPage);
+    m_currentPageSection->hide();
     connect(m_currentPage, &QAbstractButton::clicked, this, [this] {
         if (m_conversation && m_conversation->visitor.meta)
             openAddress(m_conversation->visitor.meta->url.value_or(QString()));
     });
 }
 
-void VisitorPanel::buildCustomData() {
+void VisitorPanel::buildCustomData()
+{
     m_dataSection = addSection(tr("Custom data"));
     const auto pair = [this](qsizetype row) -> const OrderedStringMap::Pair& {
-        return m_data[static_cast<std::size_t>(row)];
+        return recordAt(m_data, row);
     };
     PanelRows::Delegate delegate;
     delegate.make = [this, pair](QWidget* parent) -> QWidget* {
@@ -156,13 +165,14 @@ void VisitorPanel::buildCustomData() {
     m_dataSection->hide();
 }
 
-void VisitorPanel::buildHistory() {
+void VisitorPanel::buildHistory()
+{
     m_historySection = addSection(tr("Previous conversations"));
     PanelRows::Delegate delegate;
     delegate.make = [this](QWidget* parent) -> QWidget* {
         auto* row = new HistoryRow(parent);
         connect(row, &QAbstractButton::clicked, this, [this, row] {
-            const QString id = m_history[static_cast<std::size_t>(m_historyRows->indexOf(row))].id;
+            const QString id = recordAt(m_history, m_historyRows->indexOf(row)).id;
             // Opening another conversation may end this panel; the click must be over by then.
             QMetaObject::invokeMethod(
                 &m_session, [&session = m_session, id] { session.openFromDeepLink(id); },
@@ -171,7 +181,7 @@ void VisitorPanel::buildHistory() {
         return row;
     };
     delegate.fill = [this](QWidget& row, qsizetype index) {
-        const Conversation& conversation = m_history[static_cast<std::size_t>(index)];
+        const Conversation& conversation = recordAt(m_history, index);
         const bool isOpen = conversation.status == ConversationStatus::open;
         static_cast<HistoryRow&>(row).setTexts(isOpen ? tr("Open") : tr("Closed"), dateText(conversation),
                                                conversation.lastMessagePreview.value_or(QString()),
@@ -182,7 +192,8 @@ void VisitorPanel::buildHistory() {
     m_historySection->hide();
 }
 
-void VisitorPanel::buildJourney() {
+void VisitorPanel::buildJourney()
+{
     m_journeySection = addSection(tr("Journey"));
     PanelRows::Delegate delegate;
     delegate.make = [this](QWidget* parent) -> QWidget* {
@@ -208,7 +219,8 @@ void VisitorPanel::buildJourney() {
     m_journeySection->hide();
 }
 
-void VisitorPanel::buildDevice() {
+void VisitorPanel::buildDevice()
+{
     m_deviceSection = addSection(tr("Device"));
     for (int row = 0; row < deviceRowCount; ++row) {
         m_deviceRows.push_back(new LabelledRow(m_deviceSection));
@@ -218,7 +230,8 @@ void VisitorPanel::buildDevice() {
     m_deviceSection->hide();
 }
 
-void VisitorPanel::orderTabs() {
+void VisitorPanel::orderTabs()
+{
     std::vector<QWidget*> stops{m_area, m_email, m_currentPage};
     for (const PanelRows* rows : {m_dataRows, m_historyRows, m_journeyRows}) {
         for (const auto& [index, row] : rows->rows())
