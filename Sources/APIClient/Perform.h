@@ -60,10 +60,14 @@ QCoro::Task<Response> APIClient::perform(QByteArray method, QString path, Query 
     const QByteArray body = api::successfulBody(answer);
 
     std::optional<Response> response;
-    if (body.size() < api::workerThreshold)
+    if (body.size() < api::workerThreshold) {
         response = api::decoded<Response>(body);
-    else
-        response = co_await QtConcurrent::run([body] { return api::decoded<Response>(body); });
+    } else {
+        // Named, for the compiler destroys what a lambda inside an awaited expression captured twice.
+        const auto decode = [body] { return api::decoded<Response>(body); };
+        QFuture<std::optional<Response>> decoding = QtConcurrent::run(decode);
+        response = co_await decoding;
+    }
     if (!response)
         throw APIError(QStringLiteral("Could not decode server response"));
     co_return std::move(*response);
