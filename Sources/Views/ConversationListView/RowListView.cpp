@@ -81,6 +81,8 @@ void RowListView::selectionChanged(const QItemSelection& selected, const QItemSe
 /// the rows in use would name one by another's text.
 void RowListView::tellMoved(const QModelIndex&, int start, int end, const QModelIndex&, int row)
 {
+    if (!QAccessible::isActive())
+        return;
     const auto tell = [this](QAccessibleTableModelChangeEvent::ModelChangeType type, int first, int last) {
         QAccessibleTableModelChangeEvent event(this, type);
         event.setFirstRow(first);
