@@ -5,7 +5,6 @@
 #include "Views/Widgets/Button.h"
 #include "Views/Widgets/Label.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QListView>
 #include <QScrollBar>
@@ -337,37 +336,6 @@ TEST_F(ConversationListViewTest, PaintsOnlyWhatIsInSight)
     EXPECT_LE(costOf([&] { session->setStatusFilter(ConversationStatus::closed); }), 2 * inSight);
     EXPECT_EQ(counting.sizeHints, 0);
     list().setItemDelegate(nullptr);
-}
-
-TEST_F(ConversationListViewTest, TellsAssistiveToolsWhatEachRowShows)
-{
-    sessionWithMany(50);
-    show();
-    QAccessibleInterface* tree = QAccessible::queryAccessibleInterface(&list());
-    ASSERT_TRUE(tree);
-    EXPECT_EQ(tree->role(), QAccessible::List);
-    EXPECT_EQ(tree->text(QAccessible::Name), u"Conversations"_s);
-    EXPECT_EQ(tree->childCount(), 50);
-    const auto expectTrueRows = [&] {
-        for (int row = 0; row < list().model()->rowCount(); ++row) {
-            const QModelIndex index = list().model()->index(row, 0);
-            ASSERT_EQ(tree->child(row)->text(QAccessible::Name),
-                      index.data(Qt::AccessibleTextRole).toString())
-                << "row " << row;
-        }
-    };
-    EXPECT_EQ(tree->child(3)->role(), QAccessible::ListItem);
-    EXPECT_TRUE(tree->child(0)->text(QAccessible::Name).startsWith(u"Visitor c0, 1 minute ago, Hello"_s));
-    expectTrueRows();
-    deliverMessage(u"c20"_s, minutesAgo(0));
-    deliverMessage(u"c49"_s, minutesAgo(-1));
-    settle();
-    ASSERT_EQ(shownIds().mid(0, 3), QStringList({u"c49"_s, u"c20"_s, u"c0"_s}));
-    expectTrueRows();
-
-    session->setSelectedConversationId(u"c30"_s);
-    EXPECT_TRUE(tree->child(list().currentIndex().row())->state().selected);
-    EXPECT_EQ(QAccessible::queryAccessibleInterface(&refreshButton())->text(QAccessible::Name), u"Refresh"_s);
 }
 
 TEST_F(ConversationListViewTest, ShowsHostileTextsAsTheyAre)

@@ -101,6 +101,26 @@ TEST(RowTextTest, IsOneLineOfBoundedLength)
     EXPECT_LE(rowText(u"a"_s + QString(100'000, QChar(0x0301))).size(), 600);
 }
 
+TEST(RowTextTest, ShowsATextWholeInTheWidthItAsksFor)
+{
+    const QFont font = Theme::font(TextRole::caption);
+    QImage whole(400, 20, QImage::Format_RGB32);
+    QImage exact = whole;
+    for (const QString& text : {u"5/5"_s, u"26 minutes ago"_s, u"yesterday"_s, u"DE"_s}) {
+        const int width = QFontMetrics(font).horizontalAdvance(text);
+        const auto paint = [&](QImage& image, int available) {
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            return paintRowText(painter, {0, 0, available, 20}, text, font, Qt::black, Qt::LeftToRight);
+        };
+        EXPECT_EQ(paint(whole, 400), width);
+        EXPECT_EQ(paint(exact, width), width);
+        EXPECT_EQ(whole, exact) << text.toStdString();
+        EXPECT_LE(paint(exact, width / 2), width / 2);
+        EXPECT_NE(whole, exact) << text.toStdString();
+    }
+}
+
 TEST(SnippetLayoutTest, HasTwoLinesAtMostAndMarksTheHits)
 {
     const auto layout = [](const QString& snippet, const QString& query, int width = 290) {
