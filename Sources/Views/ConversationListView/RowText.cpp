@@ -29,7 +29,10 @@ int paintRowText(QPainter& painter, const QRect& area, const QString& text, cons
     if (text.isEmpty() || area.width() <= 0)
         return 0;
     const QFontMetrics metrics(font);
-    const QString shown = metrics.elidedText(text, Qt::ElideRight, area.width());
+    // Eliding compares fractions of a pixel, and would cut a text into the very width that it asked for.
+    const int advance = metrics.horizontalAdvance(text);
+    const QString shown =
+        advance <= area.width() ? text : metrics.elidedText(text, Qt::ElideRight, area.width());
     const int width = std::min(metrics.horizontalAdvance(shown), area.width());
     painter.setFont(font);
     painter.setPen(color);
