@@ -14,17 +14,20 @@ constexpr seconds dividerGap(600);
 constexpr int spacingWithinSender = 3;
 constexpr int spacingBetweenSenders = 12;
 
-QString translated(const char* text) {
+QString translated(const char* text)
+{
     return QCoreApplication::translate("ConversationDetailView", text);
 }
 
-QDateTime localTime(Instant instant, const QTimeZone& zone) {
+QDateTime localTime(Instant instant, const QTimeZone& zone)
+{
     return QDateTime::fromMSecsSinceEpoch(instant.time_since_epoch().count(), zone);
 }
 
 /// The instant at which the clocks of @p zone show @p date and @p time: the first one if they do so twice,
 /// the next that exists if they never do. QDateTime leaves both cases open, hence this search.
-std::optional<Instant> firstInstant(QDate date, QTime time, const QTimeZone& zone) {
+std::optional<Instant> firstInstant(QDate date, QTime time, const QTimeZone& zone)
+{
     const qint64 shown = QDateTime(date, time, Qt::UTC).toMSecsSinceEpoch();
     if (!date.isValid() || !zone.isValid())
         return std::nullopt;
@@ -50,24 +53,28 @@ std::optional<Instant> firstInstant(QDate date, QTime time, const QTimeZone& zon
 
 } // namespace
 
-bool showsTimeDivider(const Message* previous, const Message& current) {
-    return previous && previous->createdAt && current.createdAt &&
-           *current.createdAt - *previous->createdAt > dividerGap;
+bool showsTimeDivider(const Message* previous, const Message& current)
+{
+    return previous && previous->createdAt && current.createdAt
+           && *current.createdAt - *previous->createdAt > dividerGap;
 }
 
-int topSpacing(const Message* previous, const Message& current, bool dividerShown) {
+int topSpacing(const Message* previous, const Message& current, bool dividerShown)
+{
     if (!previous || dividerShown)
         return 0;
     return previous->sender == current.sender ? spacingWithinSender : spacingBetweenSenders;
 }
 
-bool showsEmailCaption(const Message& current, const Message* next) {
+bool showsEmailCaption(const Message& current, const Message* next)
+{
     if (current.via != MessageVia::email)
         return false;
     return !next || next->via != MessageVia::email || next->sender != current.sender;
 }
 
-std::optional<QString> presenceLine(const std::vector<ViewerAgent>& viewers) {
+std::optional<QString> presenceLine(const std::vector<ViewerAgent>& viewers)
+{
     QStringList names;
     for (const ViewerAgent& viewer : viewers) {
         if (!viewer.name.isEmpty())
@@ -86,13 +93,15 @@ std::optional<QString> presenceLine(const std::vector<ViewerAgent>& viewers) {
     }
 }
 
-QString noteCaption(const std::optional<QString>& author) {
+QString noteCaption(const std::optional<QString>& author)
+{
     const QString caption = translated("Internal note");
     return author && !author->isEmpty() ? caption + u" · "_s + *author : caption;
 }
 
 QString assignmentLine(const Conversation* conversation, const std::optional<QString>& ownId,
-                       const std::optional<QString>& assigneeName) {
+                       const std::optional<QString>& assigneeName)
+{
     if (!conversation || !conversation->assigneeId)
         return translated("Unassigned");
     if (conversation->assigneeId == ownId)
@@ -100,7 +109,8 @@ QString assignmentLine(const Conversation* conversation, const std::optional<QSt
     return translated("Assigned to %1").arg(assigneeName.value_or(translated("a teammate")));
 }
 
-std::optional<QUrl> resolvedURL(const Attachment& attachment, const QUrl& baseURL) {
+std::optional<QUrl> resolvedURL(const Attachment& attachment, const QUrl& baseURL)
+{
     if (!attachment.url || attachment.url->isEmpty())
         return std::nullopt;
     QUrl url(*attachment.url, QUrl::TolerantMode);
@@ -111,13 +121,15 @@ std::optional<QUrl> resolvedURL(const Attachment& attachment, const QUrl& baseUR
     return url.isValid() && !url.isRelative() ? std::optional(url) : std::nullopt;
 }
 
-Instant tomorrowMorning(Instant now, const QTimeZone& zone) {
+Instant tomorrowMorning(Instant now, const QTimeZone& zone)
+{
     const QDateTime today = localTime(now, zone);
     const Instant nextDay = firstInstant(today.date().addDays(1), today.time(), zone).value_or(now);
     return firstInstant(localTime(nextDay, zone).date(), QTime(9, 0), zone).value_or(now + days(1));
 }
 
-Instant threeDaysOut(Instant now, const QTimeZone& zone) {
+Instant threeDaysOut(Instant now, const QTimeZone& zone)
+{
     const QDateTime today = localTime(now, zone);
     return firstInstant(today.date().addDays(3), today.time(), zone).value_or(now);
 }
