@@ -1,0 +1,15 @@
+#include "Support/TestMain.h"
+
+#include "Theme/Theme.h"
+
+#include <QApplication>
+
+int main(int argc, char** argv)
+{
+    const QTemporaryDir home;
+    orvia::test::pinEnvironment(home);
+    testing::InitGoogleMock(&argc, argv);
+    QApplication application(argc, argv);
+    orvia::Theme::shared().apply(application);
+    return RUN_ALL_TESTS();
+}
