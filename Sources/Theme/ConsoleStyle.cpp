@@ -29,6 +29,7 @@ constexpr int scrollBarExtent = 10;
 constexpr int scrollHandleWidth = 6;
 constexpr int scrollHandleMinimum = 24;
 constexpr int focusRingWidth = 2;
+constexpr int largestFocusGap = 2;
 
 QPainterPath roundedRect(const QRectF& rect, qreal radius)
 {
@@ -46,7 +47,6 @@ void drawFrame(QPainter& painter, const QRect& rect, ColorRole fill, ColorRole b
     painter.restore();
 }
 
-/// The ring lies in the frame's outermost pixels; the frame is larger than its widget by the style's margin.
 void drawFocusRing(QPainter& painter, const QRect& rect, qreal radius)
 {
     const qreal half = focusRingWidth / 2.0;
@@ -64,11 +64,11 @@ const QWidget* focusFrameTarget(const QWidget* widget)
     return frame ? frame->widget() : nullptr;
 }
 
-int focusMargin(const QWidget* widget)
+/// Distance between the widget's edge and its ring.
+int focusGap(const QWidget* target)
 {
-    const QWidget* target = focusFrameTarget(widget);
     const QVariant gap = target ? target->property("focusRingGap") : QVariant();
-    return focusRingWidth + (gap.isValid() ? gap.toInt() : 2);
+    return gap.isValid() ? gap.toInt() : largestFocusGap;
 }
 
 void drawScrollHandle(QPainter& painter, const QRect& handle, Qt::Orientation orientation)
@@ -121,7 +121,7 @@ int ConsoleStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, co
         return 0;
     case PM_FocusFrameHMargin:
     case PM_FocusFrameVMargin:
-        return focusMargin(widget);
+        return focusRingWidth + largestFocusGap;
     default:
         return QProxyStyle::pixelMetric(metric, option, widget);
     }
@@ -146,6 +146,8 @@ int ConsoleStyle::styleHint(StyleHint hint, const QStyleOption* option, const QW
         return 0;
     case SH_ComboBox_Popup:
         return 0;
+    case SH_LineEdit_PasswordCharacter:
+        return 0x2022;
     case SH_EtchDisabledText:
         return 0;
     case SH_ScrollBar_ContextMenu:
@@ -181,9 +183,13 @@ void ConsoleStyle::drawControl(ControlElement element, const QStyleOption* optio
 {
     switch (element) {
     case CE_FocusFrame: {
+        // Every frame is larger than its widget by the same margin; the ring lies as far inside it as its gap
+        // asks.
         const QWidget* target = focusFrameTarget(widget);
         const qreal radius = target ? target->property("focusRingRadius").toReal() : Radius::button;
-        drawFocusRing(*painter, option->rect, radius + focusMargin(widget) - focusRingWidth / 2.0);
+        const int inset = largestFocusGap - focusGap(target);
+        drawFocusRing(*painter, option->rect.adjusted(inset, inset, -inset, -inset),
+                      std::max(1.0, radius + focusGap(target) + focusRingWidth / 2.0));
         break;
     }
     case CE_MenuItem:

@@ -18,6 +18,12 @@
 #include <array>
 #include <cmath>
 
+/// A static library's resources are there only once they are asked for, from outside of any namespace.
+static void loadIcons()
+{
+    Q_INIT_RESOURCE(orvia);
+}
+
 namespace orvia {
 
 using namespace Qt::StringLiterals;
@@ -161,7 +167,10 @@ bool isDarkPalette(const QPalette& palette)
 Theme& Theme::shared()
 {
     // Never destroyed: widgets may outlive every static object's turn at exit.
-    static Theme* const theme = new Theme;
+    static Theme* const theme = [] {
+        loadIcons();
+        return new Theme;
+    }();
     return *theme;
 }
 
@@ -227,6 +236,7 @@ QPixmap Theme::icon(const QString& name, int size, const QColor& color, qreal de
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap))
         return pixmap;
+    shared();
     QSvgRenderer renderer(":/icons/%1.svg"_L1.arg(name));
     if (!renderer.isValid())
         return {};

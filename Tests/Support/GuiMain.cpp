@@ -1,9 +1,17 @@
 #include "Support/TestMain.h"
 
+#include "Theme/Theme.h"
+
 #include <QApplication>
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv)
+{
     // The library of the views is static; nothing else would register its icons.
     Q_INIT_RESOURCE(orvia);
-    return orvia::test::runTests<QApplication>(argc, argv);
+    const QTemporaryDir home;
+    orvia::test::pinEnvironment(home);
+    testing::InitGoogleMock(&argc, argv);
+    QApplication application(argc, argv);
+    orvia::Theme::shared().apply(application);
+    return RUN_ALL_TESTS();
 }

@@ -50,7 +50,7 @@ private:
         // A window or menu that comes and goes is no reason to change how the focus looks.
         const bool returns = reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason
                              || reason == Qt::MenuBarFocusReason;
-        if (!returns)
+        if (!returns || m_policy == FocusRing::Policy::always)
             m_shown = m_policy == FocusRing::Policy::always || FocusRing::showsFor(reason);
         if (m_shown)
             show(widget);

@@ -19,7 +19,8 @@ namespace {
 constexpr int leadingPadding = 10;
 constexpr int trailingPadding = 6;
 constexpr int indicatorSize = 14;
-constexpr int indicatorGap = 6;
+constexpr int indicatorGap = 8;
+constexpr int elisionSlack = 2; // metrics and painting may round differently
 constexpr int popupRowHeight = 28;
 constexpr int popupPadding = 4;
 
@@ -141,8 +142,9 @@ void Picker::paintEvent(QPaintEvent*)
     const QRect textArea = area.adjusted(0, 0, -indicatorSize - indicatorGap, 0);
     painter.setFont(Theme::font(TextRole::body));
     painter.setPen(Theme::color(role));
-    painter.drawText(textArea, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
-                     painter.fontMetrics().elidedText(currentText(), Qt::ElideRight, textArea.width()));
+    painter.drawText(
+        textArea, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
+        painter.fontMetrics().elidedText(currentText(), Qt::ElideRight, textArea.width() + elisionSlack));
     Theme::drawIcon(painter, QRectF(area.right() + 1 - indicatorSize, 0, indicatorSize, height()),
                     u"chevron-up-down"_s, indicatorSize,
                     isEnabled() ? ColorRole::icon : ColorRole::textDisabled);

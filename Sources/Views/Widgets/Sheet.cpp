@@ -23,11 +23,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr char aboveSheets[] = "staysAboveSheets";
 constexpr int formWidth = 440;
 constexpr QSize settingsSize(480, 580);
 constexpr int windowMargin = 24;
 constexpr int headerHeight = 52;
-constexpr int headerInset = 12;
+constexpr int headerInset = 13; // 12 from the inside of the outline
 constexpr int headerGap = 6;
 
 /// The opaque panel with its outline.
@@ -193,6 +194,12 @@ Sheet* Sheet::topmost(const QWidget* widget)
     return nullptr;
 }
 
+void Sheet::keepAbove(QWidget* widget)
+{
+    widget->setProperty(aboveSheets, true);
+    widget->raise();
+}
+
 void Sheet::open()
 {
     if (m_state != State::prepared)
@@ -204,6 +211,10 @@ void Sheet::open()
     setGeometry(window()->rect());
     layoutPanel();
     raise();
+    for (QObject* sibling : window()->children()) {
+        if (auto* widget = qobject_cast<QWidget*>(sibling); widget && widget->property(aboveSheets).toBool())
+            widget->raise();
+    }
     show();
     focusFirst();
     connect(qApp, &QApplication::focusChanged, this,
@@ -238,37 +249,43 @@ void Sheet::finishClosing()
 
 void Sheet::animatePanel(bool in)
 {
+    delete m_movement; // a sheet may be dismissed while it still rises
     const int duration = Theme::duration(in ? Motion::sheetIn : Motion::sheetOut);
     if (duration == 0) {
-        m_scrim = in ? 1 : 0;
+        m_share = in ? 1 : 0;
+        m_panel->setGraphicsEffect(nullptr);
         if (!in)
             finishClosing();
         update();
         return;
     }
-    auto* fade = new QGraphicsOpacityEffect(m_panel);
-    fade->setOpacity(in ? 0 : 1);
-    m_panel->setGraphicsEffect(fade);
-    auto* movement = new QVariantAnimation(this);
-    movement->setDuration(duration);
-    movement->setStartValue(in ? 0.0 : 1.0);
-    movement->setEndValue(in ? 1.0 : 0.0);
-    const QEasingCurve rise(QEasingCurve::OutCubic);
-    connect(movement, &QVariantAnimation::valueChanged, this, [this, fade, rise, in](const QVariant& value) {
-        const qreal share = value.toReal();
-        m_scrim = in ? std::min(1.0, share * Motion::sheetIn / Motion::scrimIn) : share;
-        const qreal eased = in ? rise.valueForProgress(share) : share;
-        m_rise = qRound(Motion::sheetRise * (1 - eased));
-        fade->setOpacity(eased);
-        layoutPanel();
-        update();
-    });
-    connect(movement, &QVariantAnimation::finished, this, [this, in] {
+    // The effect is there for the length of the movement only: it paints through a pixmap.
+    m_panel->setGraphicsEffect(new QGraphicsOpacityEffect(m_panel));
+    m_movement = new QVariantAnimation(this);
+    m_movement->setDuration(duration);
+    m_movement->setStartValue(m_share);
+    m_movement->setEndValue(in ? 1.0 : 0.0);
+    connect(m_movement, &QVariantAnimation::valueChanged, this,
+            [this, in](const QVariant& value) { showShare(value.toReal(), in); });
+    connect(m_movement, &QVariantAnimation::finished, this, [this, in] {
         m_panel->setGraphicsEffect(nullptr);
         if (!in)
             finishClosing();
     });
-    movement->start(QAbstractAnimation::DeleteWhenStopped);
+    showShare(m_share, in);
+    m_movement->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void Sheet::showShare(qreal share, bool in)
+{
+    static const QEasingCurve rise(QEasingCurve::OutCubic);
+    m_share = share;
+    const qreal eased = in ? rise.valueForProgress(share) : share;
+    m_rise = qRound(Motion::sheetRise * (1 - eased));
+    if (auto* fade = qobject_cast<QGraphicsOpacityEffect*>(m_panel->graphicsEffect()))
+        fade->setOpacity(eased);
+    layoutPanel();
+    update();
 }
 
 bool Sheet::eventFilter(QObject* watched, QEvent* event)
@@ -332,7 +349,7 @@ void Sheet::layoutPanel()
     size.setHeight(std::min(size.height(), room.height()));
     const QPoint corner((width() - size.width()) / 2, (height() - size.height()) / 2 + m_rise);
     m_panel->setGeometry(QRect(corner, size));
-    m_header->setGeometry(0, 0, size.width(), headerHeight);
+    m_header->setGeometry(0, 1, size.width(), headerHeight);
     m_pages->setGeometry(1, top, size.width() - 2, size.height() - top - 1);
     layoutHeader();
 }
@@ -368,7 +385,8 @@ void Sheet::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     QColor shade = Theme::color(ColorRole::scrim);
-    shade.setAlphaF(static_cast<float>(shade.alphaF() * m_scrim));
+    shade.setAlphaF(
+        static_cast<float>(shade.alphaF() * std::min(1.0, m_share * Motion::sheetIn / Motion::scrimIn)));
     if (m_below)
         PaintShapes::fillRounded(painter, m_below->m_panel->geometry(), Radius::sheet, shade);
     else

@@ -7,7 +7,7 @@
 
 #include <optional>
 
-class QVBoxLayout;
+class QVariantAnimation;
 
 namespace orvia {
 
@@ -67,6 +67,8 @@ public:
     void dismiss();
     bool isOpen() const { return m_state == State::open; }
 
+    /// Keeps @p widget, a child of the window, above every sheet.
+    static void keepAbove(QWidget* widget);
     /// The topmost open sheet of @p widget's window, or null.
     static Sheet* topmost(const QWidget* widget);
 
@@ -98,6 +100,7 @@ private:
     QWidget* firstFocusable(QWidget* within) const;
     QWidget* nextFocusable(QWidget* from, bool next) const;
     void animatePanel(bool in);
+    void showShare(qreal share, bool in);
     void finishClosing();
     void showHeaderOfPage();
 
@@ -115,8 +118,9 @@ private:
     QPointer<QWidget> m_lastFocus;
     QPointer<QWidget> m_focusBefore;
     bool m_ringBefore = false;
-    qreal m_scrim = 0;
-    int m_rise = 0;
+    QPointer<QVariantAnimation> m_movement;
+    qreal m_share = 0; ///< how far the sheet is in, from 0 to 1
+    int m_rise = 0;    ///< how far below its place the panel is, in pixels
 };
 
 } // namespace orvia

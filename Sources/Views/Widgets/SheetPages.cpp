@@ -66,6 +66,9 @@ void SheetPages::pop()
 
 void SheetPages::slide(QWidget* page, int from)
 {
+    // A page that still slides arrives at once when the next one comes.
+    if (m_movement)
+        m_movement->setCurrentTime(m_movement->duration());
     const int duration = isVisible() ? Theme::duration(Motion::pagePush) : 0;
     if (duration == 0)
         return;
@@ -74,6 +77,7 @@ void SheetPages::slide(QWidget* page, int from)
     fade->setOpacity(0);
     page->setGraphicsEffect(fade);
     auto* movement = new QVariantAnimation(page);
+    m_movement = movement;
     movement->setDuration(duration);
     movement->setEasingCurve(QEasingCurve::OutCubic);
     movement->setStartValue(0.0);

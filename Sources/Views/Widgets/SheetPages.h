@@ -5,6 +5,8 @@
 
 #include <vector>
 
+class QVariantAnimation;
+
 namespace orvia {
 
 /// The pages of a sheet: a stack in which the newest page slides in over the one before it.
@@ -36,6 +38,7 @@ private:
     void slide(QWidget* page, int from);
 
     std::vector<Page> m_pages;
+    QPointer<QVariantAnimation> m_movement;
 };
 
 } // namespace orvia

@@ -36,9 +36,9 @@ void paintCapsuleText(QPainter& painter, const QRectF& area, const QString& text
 Tag::Tag(const QString& text, QWidget* parent)
     : QWidget(parent)
 {
+    markAsStaticText(this);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setText(text);
-    markAsStaticText(this);
     connect(&Theme::shared(), &Theme::changed, this, &QWidget::updateGeometry);
 }
 
@@ -76,9 +76,9 @@ BadgeLabel::BadgeLabel(const QString& text, QWidget* parent)
     : QWidget(parent)
     , m_text(text)
 {
+    markAsStaticText(this);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setAccessibleName(text);
-    markAsStaticText(this);
     connect(&Theme::shared(), &Theme::changed, this, &QWidget::updateGeometry);
 }
 

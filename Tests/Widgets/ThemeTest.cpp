@@ -1,0 +1,163 @@
+#include "Theme/Theme.h"
+
+#include "Support/Waiting.h"
+#include "Views/Widgets/Label.h"
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QSvgRenderer>
+
+#include <gmock/gmock.h>
+
+namespace orvia::test {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int lastColor = static_cast<int>(ColorRole::sendDisabled);
+
+/// Gives the theme back as it was.
+class ThemeTest : public testing::Test {
+protected:
+    ~ThemeTest() override
+    {
+        Theme::shared().setDesktopAppearance(std::nullopt);
+        QApplication::setFont(font);
+    }
+
+    QFont font = QApplication::font();
+};
+
+double luminance(const QColor& color)
+{
+    const auto linear = [](double part) {
+        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+double contrast(const QColor& first, const QColor& second)
+{
+    const auto [darker, lighter] = std::minmax(luminance(first), luminance(second));
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+} // namespace
+
+TEST_F(ThemeTest, KeepsTheFourFixedColours)
+{
+    const auto grey = [](double level) {
+        return QColor::fromRgb(qRound(level * 255), qRound(level * 255), qRound(level * 255));
+    };
+    for (const bool dark : {false, true}) {
+        EXPECT_EQ(Theme::color(ColorRole::accentFlame, dark), QColor::fromRgb(194, 65, 12));
+        EXPECT_EQ(Theme::color(ColorRole::noteAccent, dark), QColor::fromRgb(109, 40, 217));
+    }
+    EXPECT_EQ(Theme::color(ColorRole::visitorBubble, true), grey(0.11));
+    EXPECT_EQ(Theme::color(ColorRole::visitorBubble, false), grey(0.949));
+    EXPECT_EQ(Theme::color(ColorRole::fieldBorder, true), grey(0.227));
+    EXPECT_EQ(Theme::color(ColorRole::fieldBorder, false), grey(0.82));
+}
+
+TEST_F(ThemeTest, EveryTextIsReadableOnItsSurface)
+{
+    const std::pair<ColorRole, ColorRole> texts[] = {
+        {ColorRole::textPrimary, ColorRole::window},
+        {ColorRole::textPrimary, ColorRole::sidebarSelection},
+        {ColorRole::textPrimary, ColorRole::listSelection},
+        {ColorRole::textSecondary, ColorRole::sidebarBar},
+        {ColorRole::textTertiary, ColorRole::sidebar},
+        {ColorRole::tagText, ColorRole::tagSelected},
+        {ColorRole::bannerText, ColorRole::banner},
+        {ColorRole::danger, ColorRole::card},
+        {ColorRole::buttonText, ColorRole::buttonPressed},
+        {ColorRole::noteCaption, ColorRole::noteFill},
+        {ColorRole::agentBubbleText, ColorRole::agentBubble},
+        {ColorRole::primaryButtonText, ColorRole::primaryButton},
+        {ColorRole::menuHighlightText, ColorRole::menuHighlight},
+        {ColorRole::visitorBubbleText, ColorRole::visitorBubble}};
+    for (const bool dark : {false, true})
+        for (const auto& [text, surface] : texts)
+            EXPECT_GE(contrast(Theme::color(text, dark), Theme::color(surface, dark)), 4.5)
+                << "dark " << dark << ", colours " << static_cast<int>(text) << " on "
+                << static_cast<int>(surface);
+}
+
+TEST_F(ThemeTest, FollowsTheDesktopAndTellsOfRealChangesOnly)
+{
+    Theme& theme = Theme::shared();
+    theme.setDesktopAppearance(false);
+    const Label label(u"Text"_s, TextRole::body, ColorRole::textPrimary);
+    QSignalSpy changes(&theme, &Theme::changed);
+
+    theme.setDesktopAppearance(true);
+    EXPECT_TRUE(theme.isDark());
+    EXPECT_EQ(changes.count(), 1);
+    EXPECT_EQ(QApplication::palette().color(QPalette::Window), Theme::color(ColorRole::window, true));
+    EXPECT_EQ(label.palette().color(QPalette::WindowText), Theme::color(ColorRole::textPrimary, true));
+
+    theme.setDesktopAppearance(true);
+    EXPECT_EQ(changes.count(), 1);
+
+    // Without a word from the desktop its palette decides, which is a light one here.
+    theme.setDesktopAppearance(std::nullopt);
+    EXPECT_FALSE(theme.isDark());
+    EXPECT_EQ(changes.count(), 2);
+    EXPECT_EQ(QApplication::palette().color(QPalette::Highlight), Theme::color(ColorRole::accentFlame));
+}
+
+TEST_F(ThemeTest, TypeStepsFromTheDesktopsFontAndNeverFallsBelowEightPoints)
+{
+    QFont large = font;
+    large.setPointSizeF(14);
+    QSignalSpy changes(&Theme::shared(), &Theme::changed);
+    QApplication::setFont(large);
+    EXPECT_TRUE(waitUntil([&] { return changes.count() > 0; }));
+    EXPECT_EQ(Theme::font(TextRole::title).pointSizeF(), 22);
+    EXPECT_EQ(Theme::font(TextRole::body).pointSizeF(), 14);
+    EXPECT_EQ(Theme::font(TextRole::caption).pointSizeF(), 12.5);
+    EXPECT_EQ(Theme::font(TextRole::heading).weight(), QFont::DemiBold);
+    EXPECT_EQ(Theme::font(TextRole::body).family(), large.family());
+
+    large.setPointSizeF(8);
+    QApplication::setFont(large);
+    EXPECT_EQ(Theme::font(TextRole::micro).pointSizeF(), 8);
+
+    // Desktops may give the size in pixels.
+    large.setPixelSize(20);
+    QApplication::setFont(large);
+    EXPECT_GT(Theme::font(TextRole::title).pointSizeF(), Theme::font(TextRole::body).pointSizeF());
+    EXPECT_GT(Theme::font(TextRole::body).pointSizeF(), 8);
+}
+
+TEST_F(ThemeTest, TintsIconsSharplyAtEveryRatio)
+{
+    for (const qreal ratio : {1.0, 1.5, 2.0}) {
+        const QPixmap icon = Theme::icon(u"send"_s, 18, ColorRole::accentFlame, ratio);
+        EXPECT_EQ(icon.width(), qRound(18 * ratio));
+        EXPECT_EQ(icon.devicePixelRatio(), ratio);
+        const QImage image = icon.toImage().convertToFormat(QImage::Format_ARGB32);
+        int painted = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (const QColor pixel = image.pixelColor(x, y); pixel.alpha() == 255) {
+                    ++painted;
+                    ASSERT_EQ(pixel, Theme::color(ColorRole::accentFlame));
+                }
+        EXPECT_GE(painted, 10) << ratio;
+    }
+    EXPECT_TRUE(Theme::icon(u"no-such-icon"_s, 18, ColorRole::icon, 1).isNull());
+}
+
+TEST_F(ThemeTest, GivesEveryRoleAColour)
+{
+    for (int role = 0; role <= lastColor; ++role) {
+        const auto color = static_cast<ColorRole>(role);
+        const bool seenInDarkOnly = color == ColorRole::highlightFill;
+        EXPECT_EQ(Theme::color(color, false).alpha() == 0, seenInDarkOnly) << role;
+        EXPECT_GT(Theme::color(color, true).alpha(), 0) << role;
+    }
+}
+
+} // namespace orvia::test
