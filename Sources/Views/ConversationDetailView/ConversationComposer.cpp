@@ -9,7 +9,6 @@
 #include "Views/ConversationDetailView/Composer/SuggestionList.h"
 
 #include <QBoxLayout>
-#include <QFileDialog>
 
 namespace orvia {
 
@@ -21,17 +20,6 @@ constexpr int cannedLimit = 6;
 constexpr QMargins suggestionMargins{12, 0, 12, 10};
 
 } // namespace
-
-FilePicker systemFilePicker()
-{
-    return [](QWidget* parent, std::function<void(const QUrl&)> picked) {
-        auto* dialog = new QFileDialog(parent, ConversationComposer::tr("Attach a file"));
-        dialog->setAttribute(Qt::WA_DeleteOnClose);
-        dialog->setFileMode(QFileDialog::ExistingFile);
-        QObject::connect(dialog, &QFileDialog::urlSelected, parent, std::move(picked));
-        dialog->open();
-    };
-}
 
 ConversationComposer::ConversationComposer(Session& session, QString conversationId, QWidget* parent)
     : QWidget(parent)
@@ -59,7 +47,7 @@ ConversationComposer::ConversationComposer(Session& session, QString conversatio
     connect(m_composer, &MessageComposer::textChanged, this, &ConversationComposer::textChanged);
     connect(m_composer, &MessageComposer::noteChanged, this, &ConversationComposer::noteChanged);
     connect(m_composer, &MessageComposer::sendRequested, this, &ConversationComposer::send);
-    connect(m_composer, &MessageComposer::attachRequested, this, &ConversationComposer::pickFile);
+    connect(m_composer, &MessageComposer::attachRequested, this, &ConversationComposer::attachRequested);
 
     // What the offered teammates depend on besides the text.
     connect(&m_session, &Session::assignableAgentsChanged, this, &ConversationComposer::updateSuggestions);
@@ -187,15 +175,6 @@ QCoro::Task<void> ConversationComposer::sendDraft(QString body, bool note, QStri
         m_composer->setSending(false);
 }
 
-void ConversationComposer::pickFile()
-{
-    const QPointer<ConversationComposer> self = this;
-    m_filePicker(this, [self](const QUrl& fileURL) {
-        if (self)
-            self->upload(fileURL);
-    });
-}
-
 void ConversationComposer::upload(const QUrl& fileURL)
 {
     auto read = readPickedFile(fileURL);
@@ -210,7 +189,8 @@ void ConversationComposer::upload(const QUrl& fileURL)
     uploadFile(std::move(file.name), std::move(file.mimeType), std::move(file.data), m_composer->isNote());
 }
 
-QCoro::Task<void> ConversationComposer::uploadFile(QString name, QString mimeType, QByteArray bytes, bool note)
+QCoro::Task<void> ConversationComposer::uploadFile(QString name, QString mimeType, QByteArray bytes,
+                                                   bool note)
 {
     const QPointer<ConversationComposer> self = this;
     const QPointer<Session> session = &m_session;

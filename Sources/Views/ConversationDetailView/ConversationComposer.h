@@ -8,7 +8,6 @@
 #include <QUrl>
 #include <QWidget>
 
-#include <functional>
 #include <vector>
 
 namespace orvia {
@@ -17,12 +16,6 @@ class CannedSuggestionList;
 class MentionSuggestionList;
 class MessageComposer;
 class Session;
-
-/// Asks for one file of any kind and hands its location over; nothing when the agent cancels.
-using FilePicker = std::function<void(QWidget* parent, std::function<void(const QUrl&)> picked)>;
-
-/// The desktop's own file picker.
-FilePicker systemFilePicker();
 
 /// The bottom of the conversation view: the draft of a reply or an internal note, its suggestions, sending,
 /// the typing signal, and the upload of an attachment. The draft lives as long as this widget.
@@ -34,7 +27,6 @@ public:
 
     /// The canned responses to offer.
     void setCanned(std::vector<CannedResponse> canned);
-    void setFilePicker(FilePicker picker) { m_filePicker = std::move(picker); }
 
     MessageComposer* messageComposer() const { return m_composer; }
     bool isUploading() const;
@@ -45,6 +37,10 @@ public:
     /// Uploads the file at @p fileURL as a reply, or as a note in note mode.
     void upload(const QUrl& fileURL);
 
+Q_SIGNALS:
+    /// The agent wants to choose a file to upload.
+    void attachRequested();
+
 private:
     std::vector<Agent> mentionMatches() const;
     std::vector<CannedResponse> cannedMatches() const;
@@ -53,13 +49,11 @@ private:
     void insertCanned(const CannedResponse& response);
     void textChanged(const QString& text);
     void noteChanged(bool isNote);
-    void pickFile();
     QCoro::Task<void> sendDraft(QString body, bool note, QStringList mentions);
     QCoro::Task<void> uploadFile(QString name, QString mimeType, QByteArray bytes, bool note);
 
     Session& m_session;
     const QString m_conversationId;
-    FilePicker m_filePicker = systemFilePicker();
     std::vector<CannedResponse> m_canned;
     std::vector<Agent> m_pickedMentions;
     QWidget* m_suggestions;
