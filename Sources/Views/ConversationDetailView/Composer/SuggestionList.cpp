@@ -10,6 +10,8 @@
 
 namespace orvia {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int rowHeight = 34;
@@ -32,7 +34,7 @@ SuggestionRow::SuggestionRow(const QString& lead, TextRole leadRole, const QStri
     , m_leadRole(leadRole)
     , m_detail(singleLine(detail))
 {
-    setAccessibleName(m_detail.isEmpty() ? lead : lead + u", " + detail);
+    setAccessibleName(m_detail.isEmpty() ? lead : lead + ", "_L1 + detail);
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
