@@ -1,0 +1,102 @@
+#include "Views/RootView.h"
+
+#include "Session/Session.h"
+#include "Theme/Theme.h"
+#include "Views/BannerView.h"
+#include "Views/LoginView.h"
+#include "Views/MainSplitView.h"
+#include "Views/Widgets/Sheet.h"
+
+#include <QHelpEvent>
+#include <QPainter>
+#include <QToolTip>
+#include <QVBoxLayout>
+
+namespace orvia {
+
+using namespace Qt::StringLiterals;
+
+RootView::RootView(Session& session, QWidget* parent)
+    : QWidget(parent)
+    , m_session(session)
+    , m_banner(new BannerView(this))
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins({});
+    setWindowTitle(tr("Orvia"));
+    followToken();
+    connect(&session, &Session::tokenChanged, this, &RootView::followToken);
+    connect(&session, &Session::bannerChanged, this, [this] { m_banner->present(m_session.banner()); });
+    m_banner->present(session.banner());
+}
+
+std::optional<QString> RootView::conversationId(const QUrl& url)
+{
+    if (url.scheme() != "orvia"_L1 || url.host() != "conversation"_L1)
+        return std::nullopt;
+    // Split before decoding, so that an encoded slash stays part of its component.
+    const QString component = url.path(QUrl::FullyEncoded).section(u'/', -1);
+    const QString id = QUrl::fromPercentEncoding(component.toLatin1());
+    return id.isEmpty() ? std::nullopt : std::optional(id);
+}
+
+void RootView::openLink(const QUrl& url)
+{
+    if (const std::optional<QString> id = conversationId(url))
+        m_session.openFromDeepLink(*id);
+}
+
+void RootView::followToken()
+{
+    const bool signedIn = m_session.token().has_value();
+    if (m_screen && signedIn == m_signedIn)
+        return;
+    m_signedIn = signedIn;
+    while (Sheet* sheet = Sheet::topmost(this))
+        sheet->dismiss();
+    if (m_screen) {
+        layout()->removeWidget(m_screen);
+        m_screen->hide();
+        m_screen->deleteLater();
+    }
+    if (signedIn)
+        m_screen = new MainSplitView(m_session, this);
+    else
+        m_screen = new LoginView(m_session, this);
+    layout()->addWidget(m_screen);
+    m_screen->show();
+    Sheet::keepAbove(m_banner);
+}
+
+bool RootView::event(QEvent* event)
+{
+    // The banner lets the mouse through, so its tooltip is the window's business.
+    if (event->type() == QEvent::ToolTip && m_banner->isVisible() && m_banner->isElided()) {
+        const auto* help = static_cast<QHelpEvent*>(event);
+        if (m_banner->panelInParent().contains(mapFromGlobal(help->globalPos()))) {
+            QToolTip::showText(help->globalPos(), m_banner->text(), this);
+            return true;
+        }
+    }
+    return QWidget::event(event);
+}
+
+void RootView::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    if (!std::exchange(m_appeared, true))
+        m_session.bootstrap();
+}
+
+void RootView::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    m_banner->place();
+}
+
+void RootView::paintEvent(QPaintEvent*)
+{
+    QPainter(this).fillRect(rect(), Theme::color(ColorRole::window));
+}
+
+} // namespace orvia

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QUrl>
+#include <QWidget>
+
+#include <optional>
+
+namespace orvia {
+
+class BannerView;
+class Session;
+
+/// The window's content: the sign-in screen without a token, else the main screen, and the banner over both.
+/// Its first appearance starts the session.
+class RootView : public QWidget {
+    Q_OBJECT
+
+public:
+    /// @p session outlives the view.
+    explicit RootView(Session& session, QWidget* parent = nullptr);
+
+    /// Opens the conversation that @p url names; every other link is ignored.
+    void openLink(const QUrl& url);
+    /// The id in orvia://conversation/ID, absent for every other link and for an empty id.
+    static std::optional<QString> conversationId(const QUrl& url);
+
+    /// The screen on show: a LoginView or a MainSplitView.
+    QWidget* screen() const { return m_screen; }
+    BannerView* banner() const { return m_banner; }
+
+protected:
+    bool event(QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void followToken();
+
+    Session& m_session;
+    QWidget* m_screen = nullptr;
+    bool m_signedIn = false;
+    bool m_appeared = false;
+    BannerView* m_banner;
+};
+
+} // namespace orvia
