@@ -4,7 +4,6 @@
 
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
-#include <QDBusInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
@@ -19,6 +18,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto serviceName = "org.freedesktop.secrets"_L1;
+constexpr auto servicePath = "/org/freedesktop/secrets"_L1;
+constexpr auto serviceInterface = "org.freedesktop.Secret.Service"_L1;
 constexpr auto collectionPath = "/org/freedesktop/secrets/collection/login"_L1;
 
 /// A secret as it travels in a session without encryption.
@@ -43,6 +44,15 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, PlainSecret& secr
     argument >> secret.session >> parameters >> secret.value >> contentType;
     argument.endStructure();
     return argument;
+}
+
+/// A call without an interface object, which would ask the service to describe itself first.
+QDBusMessage call(const QDBusConnection& connection, const QString& path, const QString& interface,
+                  const QString& method, const QVariantList& arguments)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(serviceName, path, interface, method);
+    message.setArguments(arguments);
+    return connection.call(message);
 }
 
 } // namespace
@@ -73,10 +83,9 @@ bool PrivateKeyring::isRunning() const
 
 bool PrivateKeyring::lock()
 {
-    QDBusInterface service(serviceName, u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service"_s,
-                           m_connection);
     const QList<QDBusObjectPath> collections{QDBusObjectPath(collectionPath)};
-    const QDBusMessage reply = service.call(u"Lock"_s, QVariant::fromValue(collections));
+    const QDBusMessage reply =
+        call(m_connection, servicePath, serviceInterface, u"Lock"_s, {QVariant::fromValue(collections)});
     return reply.type() == QDBusMessage::ReplyMessage
            && qdbus_cast<QList<QDBusObjectPath>>(reply.arguments().constFirst()) == collections;
 }
@@ -84,8 +93,10 @@ bool PrivateKeyring::lock()
 QList<PrivateKeyring::Attributes> PrivateKeyring::items() const
 {
     const auto property = [this](const QString& path, const QString& interface, const QString& name) {
-        QDBusInterface object(serviceName, path, u"org.freedesktop.DBus.Properties"_s, m_connection);
-        return QDBusReply<QDBusVariant>(object.call(u"Get"_s, interface, name)).value().variant();
+        return QDBusReply<QDBusVariant>(call(m_connection, path, u"org.freedesktop.DBus.Properties"_s,
+                                             u"Get"_s, {interface, name}))
+            .value()
+            .variant();
     };
     const auto paths = qdbus_cast<QList<QDBusObjectPath>>(
         property(collectionPath, u"org.freedesktop.Secret.Collection"_s, u"Items"_s));
@@ -103,10 +114,8 @@ QList<PrivateKeyring::Attributes> PrivateKeyring::items() const
 
 bool PrivateKeyring::store(const Attributes& attributes, const QByteArray& secret)
 {
-    QDBusInterface service(serviceName, u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service"_s,
-                           m_connection);
-    const QDBusMessage session =
-        service.call(u"OpenSession"_s, u"plain"_s, QVariant::fromValue(QDBusVariant(QString())));
+    const QDBusMessage session = call(m_connection, servicePath, serviceInterface, u"OpenSession"_s,
+                                      {u"plain"_s, QVariant::fromValue(QDBusVariant(QString()))});
     if (session.type() != QDBusMessage::ReplyMessage)
         return false;
 
@@ -115,9 +124,9 @@ bool PrivateKeyring::store(const Attributes& attributes, const QByteArray& secre
         {u"org.freedesktop.Secret.Item.Attributes"_s, QVariant::fromValue(attributes)},
     };
     const PlainSecret value{session.arguments().at(1).value<QDBusObjectPath>(), secret};
-    QDBusInterface collection(serviceName, collectionPath, u"org.freedesktop.Secret.Collection"_s,
-                              m_connection);
-    return collection.call(u"CreateItem"_s, properties, QVariant::fromValue(value), false).type()
+    return call(m_connection, collectionPath, u"org.freedesktop.Secret.Collection"_s, u"CreateItem"_s,
+                {properties, QVariant::fromValue(value), false})
+               .type()
            == QDBusMessage::ReplyMessage;
 }
 

@@ -6,10 +6,9 @@
 
 #include <gmock/gmock.h>
 
-#include <QDBusInterface>
+#include <QDBusMessage>
 #include <QDBusReply>
 #include <QDBusVariant>
-#include <QFile>
 
 namespace orvia {
 
@@ -168,10 +167,18 @@ TEST_F(NotificationsTest, WorksWithARealServer)
     server.process().start(u"dunst"_s, QStringList());
     ASSERT_TRUE(waitUntil([&] { return availability() == true; })) << "dunst does not start";
 
-    const QString service = u"org.freedesktop.Notifications"_s;
-    QDBusInterface control(service, u"/org/freedesktop/Notifications"_s, u"org.dunstproject.cmd0"_s,
-                           own.connection());
-    const auto displayed = [&] { return control.property("displayedLength").toUInt(); };
+    const QString dunst = u"org.dunstproject.cmd0"_s;
+    const auto call = [&](const QString& interface, const QString& method, const QVariantList& arguments) {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            u"org.freedesktop.Notifications"_s, u"/org/freedesktop/Notifications"_s, interface, method);
+        message.setArguments(arguments);
+        return own.connection().call(message);
+    };
+    const auto displayed = [&] {
+        const QDBusReply<QDBusVariant> reply =
+            call(u"org.freedesktop.DBus.Properties"_s, u"Get"_s, {dunst, u"displayedLength"_s});
+        return reply.value().variant().toUInt();
+    };
 
     notifications.present({.title = u"<b>Ann</b>"_s,
                            .body = u"a < b & c"_s,
@@ -179,7 +186,7 @@ TEST_F(NotificationsTest, WorksWithARealServer)
                            .hasSound = true,
                            .userInfo = {{u"n"_s, 7}}});
     ASSERT_TRUE(waitUntil([&] { return displayed() == 1; }));
-    control.call(u"NotificationAction"_s, 0u);
+    call(dunst, u"NotificationAction"_s, {0u});
     ASSERT_TRUE(waitUntil([&] { return !clicks.isEmpty(); }));
     EXPECT_EQ(clicks.constFirst().first, 7);
 }
