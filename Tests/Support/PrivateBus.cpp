@@ -3,9 +3,17 @@
 #include <QDir>
 #include <QFile>
 
+#include <csignal>
+#include <sys/prctl.h>
+
 namespace orvia::test {
 
 using namespace Qt::StringLiterals;
+
+ChildProcess::ChildProcess()
+{
+    m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
+}
 
 ChildProcess::~ChildProcess()
 {

@@ -8,10 +8,11 @@
 
 namespace orvia::test {
 
-/// A program that lives as long as this object. It is told to end, then made to, by its own process number.
+/// A program that lives as long as this object. It is told to end, then made to, by its own process number;
+/// it ends too when the test program crashes.
 class ChildProcess {
 public:
-    ChildProcess() = default;
+    ChildProcess();
     ~ChildProcess();
     Q_DISABLE_COPY_MOVE(ChildProcess)
 
