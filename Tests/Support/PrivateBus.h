@@ -8,8 +8,8 @@
 
 namespace orvia::test {
 
-/// A program that lives as long as this object. It is told to end, then made to, by its own process number; it
-/// ends too when the test program crashes.
+/// A program that lives as long as this object. It is told to end, then made to, by its own process number;
+/// it ends too when the test program crashes.
 class ChildProcess {
 public:
     ChildProcess();
