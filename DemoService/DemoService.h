@@ -84,8 +84,11 @@ public:
 
     // Breaking it
 
-    /// The next @p times requests whose path contains @p pathPart get @p answer; none closes the connection.
+    /// The next @p times requests whose path contains @p pathPart get @p answer; none closes the connection,
+    /// after which an HTTP client may ask again by itself.
     void failNext(const QString& pathPart, std::optional<Answer> answer, int times = 1);
+    /// Forgets the failures that have not happened yet.
+    void repair() { m_failures.clear(); }
     /// While true, requests are carried out but not answered.
     void holdAnswers(bool hold) { m_server->setHolding(hold); }
     std::size_t heldAnswers() const { return m_server->heldCount(); }

@@ -151,9 +151,16 @@ TEST_F(ConversationTest, AttachmentsAreLimitedToTenMebibytes)
 TEST_F(ConversationTest, FailuresOnDemand)
 {
     service.failNext(u"/teammates"_s, demo::Answer{502, "<html>", "text/html"});
-    service.failNext(u"/teammates"_s, std::nullopt);
     EXPECT_EQ(runTask(client().teammates()).error, APIError(u"Request failed (502)"_s, 502));
-    EXPECT_FALSE(runTask(client().teammates()).error->status) << "a broken connection has no status";
+    EXPECT_TRUE(runTask(client().teammates()).value) << "one failure, one refusal";
+
+    service.failNext(u"/teammates"_s, std::nullopt, 100);
+    const auto broken = runTask(client().teammates());
+    ASSERT_TRUE(broken.error);
+    EXPECT_TRUE(broken.error->message.startsWith(u"Network error: "_s))
+        << broken.errorMessage().toStdString();
+    EXPECT_FALSE(broken.error->status);
+    service.repair();
     EXPECT_TRUE(runTask(client().teammates()).value);
 
     service.holdAnswers(true);
