@@ -26,6 +26,8 @@ public:
     /// Adds a conversation whose id is not in the store.
     void append(Conversation conversation);
     void replace(qsizetype index, Conversation conversation);
+    /// The record at @p index, to change anything but its id in place.
+    Conversation& mutableAt(qsizetype index) { return m_conversations[static_cast<std::size_t>(index)]; }
 
 private:
     std::vector<Conversation> m_conversations;

@@ -5,6 +5,28 @@ namespace orvia {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// Stores @p value and answers whether it is a different one.
+template <class Value>
+bool update(std::optional<Value>& field, Value value)
+{
+    if (field == value)
+        return false;
+    field = std::move(value);
+    return true;
+}
+
+} // namespace
+
+template <class Change>
+void Session::changeConversation(const QString& id, Change change)
+{
+    const qsizetype index = m_conversations.indexOf(id);
+    if (index >= 0 && change(m_conversations.mutableAt(index)))
+        Q_EMIT conversationChanged(index);
+}
+
 void Session::handle(const SocketEvent& event)
 {
     if (event.type == "message"_L1)
@@ -30,17 +52,15 @@ void Session::handleMessage(const SocketEvent& event)
 
     append(message, conversationId);
 
-    if (const Conversation* known = m_conversations.find(conversationId)) {
-        Conversation conversation = *known;
-        if (message.body.isEmpty() && message.attachment && message.attachment->name)
-            conversation.lastMessagePreview = message.attachment->name;
-        else
-            conversation.lastMessagePreview = message.body;
-        conversation.lastMessageAt = message.createdAt.value_or(currentInstant());
+    changeConversation(conversationId, [&](Conversation& conversation) {
+        const bool namesAttachment = message.body.isEmpty() && message.attachment && message.attachment->name;
+        bool changed = update(conversation.lastMessagePreview,
+                              namesAttachment ? *message.attachment->name : message.body);
+        changed |= update(conversation.lastMessageAt, message.createdAt.value_or(currentInstant()));
         if (fromVisitor && !isSelected)
-            conversation.agentUnread = conversation.agentUnread.value_or(0) + 1;
-        upsert(std::move(conversation));
-    }
+            changed |= update(conversation.agentUnread, conversation.agentUnread.value_or(0) + 1);
+        return changed;
+    });
     if (isSelected && fromVisitor)
         m_socket->sendRead(conversationId);
 }
@@ -104,16 +124,11 @@ void Session::handleRead(const SocketEvent& event)
 {
     if (!event.conversationId || !event.by)
         return;
-    const Conversation* known = m_conversations.find(*event.conversationId);
-    if (!known)
-        return;
-    Conversation conversation = *known;
-    const Instant instant = event.at.value_or(currentInstant());
-    if (*event.by == "visitor"_L1)
-        conversation.visitorLastReadAt = instant;
-    else
-        conversation.agentLastReadAt = instant;
-    upsert(std::move(conversation));
+    changeConversation(*event.conversationId, [&](Conversation& conversation) {
+        auto& mark =
+            *event.by == "visitor"_L1 ? conversation.visitorLastReadAt : conversation.agentLastReadAt;
+        return update(mark, event.at.value_or(currentInstant()));
+    });
 }
 
 void Session::markTyping(const QString& conversationId)

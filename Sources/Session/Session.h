@@ -237,6 +237,10 @@ private:
     void replaceConversations(std::vector<Conversation> conversations);
     void removeAllThreads();
     void upsert(Conversation conversation);
+    /// Changes the conversation with this id in place, if it is in the inbox: @p change answers whether a field
+    /// has a different value now.
+    template <class Change>
+    void changeConversation(const QString& id, Change change);
     void revealConversation(const Conversation& conversation);
 
     // Conversation operations

@@ -49,7 +49,6 @@ TEST_F(AdminTest, UpdatesOnlyWhatIsSent)
 
 TEST_F(AdminTest, TheLastAdministratorStays)
 {
-    EXPECT_TRUE(runTask(client().adminUpdateAgent(u"priya"_s, {}, AgentRole::agent, {})).value);
     const auto refused = runTask(client().adminUpdateAgent(u"mara"_s, {}, AgentRole::agent, {}));
     EXPECT_EQ(refused.error->status, 422);
     EXPECT_EQ(service.store().account(u"mara"_s)->agent.role, AgentRole::admin);
@@ -72,7 +71,8 @@ TEST_F(AdminTest, ProductsAndTheirWidgets)
     const Product changed = runTask(client().adminProducts()).value->back();
     EXPECT_EQ(changed.name, u"Tidewater"_s);
     EXPECT_EQ(changed.widget, widget);
-    EXPECT_EQ(runTask(client(u"priya"_s).me()).value->products.wrappedValue.size(), 4U);
+    EXPECT_EQ(runTask(client().me()).value->products.wrappedValue.size(), 4U);
+    EXPECT_EQ(runTask(client(u"priya"_s).me()).value->products.wrappedValue.size(), 3U);
 }
 
 TEST_F(AdminTest, CannedResponsesPerProduct)

@@ -14,29 +14,6 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-/// The four hexadecimal digits of a \u escape that begins at @p at, or none.
-std::optional<unsigned> escapedUnit(std::string_view document, std::size_t at)
-{
-    constexpr std::size_t escapeLength = 6;
-    if (document.size() < at + escapeLength || document[at] != '\\' || document[at + 1] != 'u')
-        return std::nullopt;
-    const char* const first = document.data() + at + 2;
-    const char* const last = document.data() + at + escapeLength;
-    unsigned unit = 0;
-    const auto [end, error] = std::from_chars(first, last, unit, 16);
-    return error == std::errc() && end == last ? std::optional(unit) : std::nullopt;
-}
-
-bool isHighSurrogate(unsigned unit)
-{
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool isLowSurrogate(unsigned unit)
-{
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
 /// Streams tell a number that is too large from one that is too small to be told from zero.
 bool isBeyondDouble(std::string_view number)
 {
@@ -81,34 +58,9 @@ private:
     void passString()
     {
         ++m_position;
-        while (m_position < m_document.size() && m_document[m_position] != '"') {
-            if (m_document[m_position] == '\\')
-                passEscape();
-            else
-                ++m_position;
-        }
+        while (m_position < m_document.size() && m_document[m_position] != '"')
+            m_position += m_document[m_position] == '\\' ? 2 : 1;
         ++m_position;
-    }
-
-    void passEscape()
-    {
-        constexpr std::size_t escapeLength = 6;
-        const auto unit = escapedUnit(m_document, m_position);
-        if (!unit) {
-            m_position += 2;
-            return;
-        }
-        const std::size_t begin = m_position;
-        m_position += escapeLength;
-        if (isHighSurrogate(*unit)) {
-            const auto following = escapedUnit(m_document, m_position);
-            if (following && isLowSurrogate(*following)) {
-                m_position += escapeLength;
-                return;
-            }
-        }
-        if (isHighSurrogate(*unit) || isLowSurrogate(*unit))
-            replace(begin, m_position, "\\ufffd");
     }
 
     std::size_t passDigits()
