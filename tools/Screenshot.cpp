@@ -54,6 +54,8 @@ struct Request {
     QString password;
     QString conversationId; ///< empty opens the first one listed
     bool showVisitorPanel = false;
+    bool dark = false;
+    QSize size;
     QString file;
 };
 
@@ -193,7 +195,9 @@ int takeScreenshot(QApplication& application, Request request)
     // A blinking text cursor would keep the picture from settling.
     QApplication::setCursorFlashTime(0);
     Theme::shared().apply(application);
+    Theme::shared().setDesktopAppearance(request.dark);
     RootView window(session);
+    window.resize(request.size);
     window.show();
     const Photographer photographer(window, session, std::move(request));
     return QApplication::exec();
@@ -213,15 +217,23 @@ int main(int argc, char** argv)
     const QCommandLineOption password(u"password"_s, u"A demo account's password."_s, u"text"_s);
     const QCommandLineOption conversation(u"conversation"_s, u"Open this one."_s, u"id"_s);
     const QCommandLineOption panel(u"visitor-panel"_s, u"Show the visitor panel."_s);
+    const QCommandLineOption dark(u"dark"_s, u"Paint the dark appearance."_s);
+    const QCommandLineOption size(u"size"_s, u"Size of the window."_s, u"WIDTHxHEIGHT"_s, u"1080x700"_s);
     parser.addHelpOption();
-    parser.addOptions({config, email, password, conversation, panel});
+    parser.addOptions({config, email, password, conversation, panel, dark, size});
     parser.addPositionalArgument(u"file"_s, u"The picture to write."_s);
     parser.process(application);
-    if (parser.positionalArguments().size() != 1)
+    const QStringList lengths = parser.value(size).split(u'x');
+    const QSize windowSize(lengths.value(0).toInt(), lengths.value(1).toInt());
+    if (parser.positionalArguments().size() != 1 || windowSize.isEmpty())
         parser.showHelp(orvia::usageError);
     if (parser.isSet(config))
         orvia::AppConfig::setConfigurationFile(parser.value(config));
-    return orvia::takeScreenshot(application,
-                                 {parser.value(email), parser.value(password), parser.value(conversation),
-                                  parser.isSet(panel), parser.positionalArguments().constFirst()});
+    return orvia::takeScreenshot(application, {.email = parser.value(email),
+                                               .password = parser.value(password),
+                                               .conversationId = parser.value(conversation),
+                                               .showVisitorPanel = parser.isSet(panel),
+                                               .dark = parser.isSet(dark),
+                                               .size = windowSize,
+                                               .file = parser.positionalArguments().constFirst()});
 }
