@@ -1,10 +1,13 @@
 #include "../Session/SessionFixture.h"
 #include "Theme/Theme.h"
 #include "Views/BannerView.h"
+#include "Views/ConversationDetailView/ConversationDetailView.h"
+#include "Views/ConversationListView/ConversationListView.h"
 #include "Views/LoginView.h"
 #include "Views/MainSplitView.h"
 #include "Views/RootView.h"
 #include "Views/SidebarView.h"
+#include "Views/VisitorPanel/VisitorPanel.h"
 #include "Views/Widgets/Button.h"
 #include "Views/Widgets/FormCard.h"
 #include "Views/Widgets/Label.h"
@@ -309,6 +312,47 @@ TEST_F(ShellTest, TheBannerGoesWhenItsTimeIsOver)
     session->showBanner(u"Gone soon"_s);
     EXPECT_TRUE(window.banner()->isVisible());
     EXPECT_TRUE(waitUntil([&] { return !window.banner()->isVisible(); }));
+}
+
+TEST_F(ShellTest, ThePanelTakesItsRoomFromInboxAndSidebarAndGivesItBack)
+{
+    scriptInbox({makeConversation(u"c1"_s), makeConversation(u"c2"_s)});
+    for (const char* path :
+         {"/v1/agent/conversations/c1", "/v1/agent/conversations/c2", "/v1/agent/conversations/c1/messages",
+          "/v1/agent/conversations/c2/messages", "/v1/agent/visitors/conversations", "/v1/agent/canned"})
+        service.always("GET", path, refusal(404, "Nothing here"));
+    signIn();
+    RootView& window = openRoot();
+    const auto* sidebar = window.findChild<SidebarView*>();
+    const auto* inbox = window.findChild<ConversationListView*>();
+    const auto widths = [&] {
+        QStringList texts{QString::number(sidebar->width()), QString::number(inbox->width())};
+        for (const auto* view :
+             window.findChildren<ConversationDetailView*>(QString(), Qt::FindChildrenRecursively))
+            if (view->isVisible())
+                texts.append(QString::number(view->width()));
+        for (const auto* view : window.findChildren<VisitorPanel*>())
+            if (view->isVisible())
+                texts.append(QString::number(view->width()));
+        return texts.join(u' ');
+    };
+    // The line after a column is part of its share.
+    EXPECT_EQ(widths(), u"209 319"_s);
+    session->setSelectedConversationId(u"c1"_s);
+    EXPECT_EQ(widths(), u"209 319 550"_s);
+    session->setShowVisitorPanel(true);
+    EXPECT_EQ(widths(), u"179 279 319 300"_s);
+    EXPECT_EQ(window.screen()->minimumSizeHint().width(), 1080);
+    session->setShowVisitorPanel(false);
+    EXPECT_EQ(widths(), u"209 319 550"_s);
+    EXPECT_EQ(window.screen()->minimumSizeHint().width(), 820);
+
+    const QPointer<ConversationDetailView> first = window.findChild<ConversationDetailView*>();
+    session->setSelectedConversationId(u"c2"_s);
+    EXPECT_TRUE(waitUntil([&] { return first.isNull(); })) << "another conversation gets a view of its own";
+    EXPECT_EQ(widths(), u"209 319 550"_s);
+    session->setSelectedConversationId(std::nullopt);
+    EXPECT_EQ(widths(), u"209 319"_s);
 }
 
 TEST_F(ShellTest, WithoutASelectionTheScreenSaysSo)
