@@ -2,7 +2,11 @@
 
 #include "APIClient/NetworkSession.h"
 #include "AppConfig.h"
+#include "AppIdentity.h"
 #include "Keychain/Keychain.h"
+#include "Platform/Appearance.h"
+#include "Platform/ApplicationService.h"
+#include "PushManager.h"
 #include "Session/DefaultsStore.h"
 #include "Session/Session.h"
 #include "Theme/Theme.h"
@@ -22,8 +26,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The name under which the token is kept, which is also the application's id on the desktop.
-constexpr auto keychainService = "org.tessaly.Orvia"_L1;
 constexpr QSize defaultWindowSize(1080, 700);
 
 /// Written to by the signal handler, read by the event loop.
@@ -39,10 +41,54 @@ void handleTermination(int)
 } // namespace
 
 OrviaApp::OrviaApp()
-    : m_urlSession(std::make_unique<NetworkSession>())
-    , m_defaults(std::make_unique<DefaultsStore>())
-    , m_keychain(std::make_unique<Keychain>(keychainService))
+    : m_service(std::make_unique<ApplicationService>(AppIdentity::identifier))
 {
+    connect(m_service.get(), &ApplicationService::activated, this, &OrviaApp::activate);
+    connect(m_service.get(), &ApplicationService::opened, this,
+            [this](const QStringList& links, const QString& activationToken) {
+                for (const QString& link : links)
+                    openLink(QUrl(link));
+                activate(activationToken);
+            });
+}
+
+OrviaApp::~OrviaApp() = default;
+
+bool OrviaApp::start(const std::optional<QUrl>& link)
+{
+    // Push messages come as soon as the name is claimed, so whoever takes them is there before.
+    PushManager::shared().connectToDesktop(
+        {.isFrontmost = [] { return QApplication::activeWindow() != nullptr; },
+         .bringToFront = [this](const QString& activationToken) { activate(activationToken); }});
+    const QStringList links = link ? QStringList{link->toString(QUrl::FullyEncoded)} : QStringList();
+    if (m_service->start(links) == ApplicationService::Start::handedOver)
+        return false;
+    followAppearance();
+    buildConsole();
+    if (!ApplicationService::isStartedByBus())
+        activate();
+    if (link)
+        openLink(*link);
+    return true;
+}
+
+void OrviaApp::followAppearance()
+{
+    m_appearance = std::make_unique<Appearance>();
+    const auto follow = [this] {
+        const std::optional<Appearance::Scheme> scheme = m_appearance->preferred();
+        Theme::shared().setDesktopAppearance(scheme ? std::optional(*scheme == Appearance::Scheme::dark)
+                                                    : std::nullopt);
+    };
+    connect(m_appearance.get(), &Appearance::changed, this, follow);
+    follow();
+}
+
+void OrviaApp::buildConsole()
+{
+    m_urlSession = std::make_unique<NetworkSession>();
+    m_defaults = std::make_unique<DefaultsStore>();
+    m_keychain = std::make_unique<Keychain>(AppIdentity::identifier);
     m_session = std::make_unique<Session>(Session::Collaborators{.defaults = *m_defaults,
                                                                  .tokenStore = *m_keychain,
                                                                  .urlSession = *m_urlSession,
@@ -51,10 +97,13 @@ OrviaApp::OrviaApp()
     m_window->resize(defaultWindowSize);
 }
 
-OrviaApp::~OrviaApp() = default;
-
-void OrviaApp::activate()
+void OrviaApp::activate(const QString& activationToken)
 {
+    if (!m_window)
+        return;
+    // Qt hands the token of the environment on to the compositor.
+    if (!activationToken.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
     if (m_window->isMinimized())
         m_window->showNormal();
     else
@@ -65,8 +114,8 @@ void OrviaApp::activate()
 
 void OrviaApp::openLink(const QUrl& url)
 {
-    m_window->openLink(url);
-    activate();
+    if (m_window)
+        m_window->openLink(url);
 }
 
 void OrviaApp::quitOnTermination()

@@ -1,4 +1,5 @@
 #include "AppConfig.h"
+#include "AppIdentity.h"
 #include "LaunchOptions.h"
 #include "OrviaApp.h"
 #include "Theme/Theme.h"
@@ -40,7 +41,7 @@ int main(int argc, char** argv)
 {
     QCoreApplication::setApplicationName(u"orvia"_s);
     QCoreApplication::setApplicationVersion(u"" ORVIA_VERSION ""_s);
-    QGuiApplication::setDesktopFileName(u"org.tessaly.Orvia"_s);
+    QGuiApplication::setDesktopFileName(orvia::AppIdentity::identifier);
     if (asksForText(argc, argv)) {
         const QCoreApplication application(argc, argv);
         return printed(LaunchOptions::parse(QCoreApplication::arguments())).value_or(0);
@@ -55,8 +56,7 @@ int main(int argc, char** argv)
     orvia::OrviaApp::quitOnTermination();
     orvia::Theme::shared().apply(application);
     orvia::OrviaApp console;
-    console.activate();
-    if (options.link)
-        console.openLink(*options.link);
+    if (!console.start(options.link))
+        return 0;
     return QApplication::exec();
 }

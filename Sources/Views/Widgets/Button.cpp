@@ -153,10 +153,12 @@ void Button::setMinimumButtonHeight(int height)
 
 QSize Button::sizeHint() const
 {
-    const QFontMetrics metrics(
-        Theme::font(m_kind == Kind::plain ? TextRole::footnote : TextRole::bodyMedium));
-    const int padding = m_kind == Kind::plain ? Spacing::small : labelPadding + 1;
-    return {metrics.horizontalAdvance(m_label) + 2 * padding,
+    if (m_kind == Kind::plain) {
+        const QFontMetrics metrics(Theme::font(TextRole::footnote));
+        return {metrics.horizontalAdvance(m_label) + 2 * Spacing::small, metrics.height() + Spacing::xSmall};
+    }
+    const QFontMetrics metrics(Theme::font(TextRole::bodyMedium));
+    return {metrics.horizontalAdvance(m_label) + 2 * (labelPadding + 1),
             std::max(m_height, metrics.height() + Spacing::medium)};
 }
 
