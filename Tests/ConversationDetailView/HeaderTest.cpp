@@ -1,6 +1,5 @@
 #include "DetailFixture.h"
 
-#include "Views/ConversationDetailView/ConversationComposer.h"
 #include "Views/ConversationDetailView/ConversationHeader.h"
 #include "Views/Widgets/Button.h"
 #include "Views/Widgets/Label.h"
