@@ -4,6 +4,7 @@
 #include "Views/ConversationDetailView/ConversationActions.h"
 #include "Views/ConversationDetailView/ConversationComposer.h"
 #include "Views/ConversationDetailView/ConversationHeader.h"
+#include "Views/ConversationDetailView/Transcript/MessageAnnouncer.h"
 #include "Views/ConversationDetailView/TranscriptRules.h"
 #include "Views/Widgets/Button.h"
 #include "Views/Widgets/FocusRing.h"
@@ -56,6 +57,8 @@ ConversationDetailView::ConversationDetailView(Session& session, QString convers
     IconButton* more = m_titleBand->moreActionsButton();
     connect(more, &IconButton::clicked, this, &ConversationDetailView::openActionsMenu);
     connect(m_menu, &QMenu::aboutToHide, more, [more] { more->setDown(false); });
+    connect(m_transcript, &TranscriptView::messagesArrived, new MessageAnnouncer(this),
+            &MessageAnnouncer::announce);
     connect(m_composer, &ConversationComposer::attachRequested, this, &ConversationDetailView::pickFile);
     followSession();
     refresh();

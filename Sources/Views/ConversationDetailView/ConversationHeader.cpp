@@ -146,7 +146,7 @@ ConversationPresenceLine::ConversationPresenceLine(QWidget* parent)
 {
     setFixedHeight(presenceHeight);
     auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(Spacing::large, 0, Spacing::large, 1);
+    row->setContentsMargins(Spacing::large, 0, Spacing::large, 0);
     row->setSpacing(Spacing::iconGap);
     row->addWidget(new HeaderSymbol(u"eye"_s, presenceIcon, ColorRole::textSecondary, this));
     row->addWidget(m_text, 1);

@@ -33,7 +33,7 @@ public:
     qsizetype rowCount() const { return m_state.messageCount + static_cast<qsizetype>(m_tail.size()); }
     TranscriptRow row(qsizetype index) const;
     QString rowId(qsizetype index) const;
-    /// The last row with this id at or before @p hint, else the last one at all; -1 when there is none.
+    /// The last row with this id, -1 when there is none.
     qsizetype indexOf(const QString& id) const;
     /// The row whose end the list scrolls to; -1 when there is nothing to do.
     qsizetype scrollTarget() const;

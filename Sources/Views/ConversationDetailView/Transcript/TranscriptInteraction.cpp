@@ -221,7 +221,7 @@ bool TranscriptView::viewportEvent(QEvent* event)
         const auto* help = static_cast<QHelpEvent*>(event);
         const Stop stop = stopAt(help->pos());
         const QString text =
-            stop.part == Part::attachment ? m_content.row(stop.row).attachment->name : QString();
+            stop.part == Part::attachment ? rowLayout(stop.row)->row().attachment->name : QString();
         QToolTip::showText(help->globalPos(), text, viewport(), partRect(stop));
         return true;
     }
@@ -251,7 +251,7 @@ void TranscriptView::populateMenu(QMenu& menu, const Stop& stop)
     const RowLayout* layout = rowLayout(stop.row);
     if (stop.part == Part::attachment) {
         QAction* open = menu.addAction(tr("Open"), this, [this, stop] { activate(stop); });
-        open->setEnabled(m_content.row(stop.row).attachment->url.has_value());
+        open->setEnabled(layout && layout->row().attachment->url.has_value());
     }
     if (layout && layout->body()) {
         menu.addAction(tr("Copy"), this, &TranscriptView::copy);
@@ -282,8 +282,12 @@ void TranscriptView::setCurrent(const Stop& stop)
 {
     if (!stop.isValid() || stop.row >= rowCount())
         return;
-    m_current = stop;
-    ensureVisible(stop);
+    const std::vector<Part> parts = layOutRow(stop.row).stops();
+    if (parts.empty())
+        return;
+    const bool there = std::find(parts.begin(), parts.end(), stop.part) != parts.end();
+    m_current = {stop.row, there ? stop.part : parts.front()};
+    ensureVisible(m_current);
     viewport()->update();
     if (hasFocus())
         tellCurrentRow(*this, stop.row);

@@ -17,6 +17,9 @@ constexpr int verticalPadding = 12;
 /// Rows this far out of sight are laid out ahead, so that a small scroll shows nothing new.
 constexpr int overscan = 200;
 constexpr int singleStep = 24;
+/// How many new messages are announced together at most, and how much of each, in code units.
+constexpr qsizetype spokenAtOnce = 3;
+constexpr qsizetype longestSpoken = 1000;
 
 bool isWebAddress(const QUrl& url)
 {
@@ -118,11 +121,14 @@ void TranscriptView::refresh()
     } else {
         updateRows(before);
     }
-    arrange();
-    tellAssistiveTools(before, replaced);
-    if (now.messageCount != before.messageCount || now.isTyping != before.isTyping
-        || now.typingPreview != before.typingPreview || now.agentPreview != before.agentPreview)
+    const bool moves = now.messageCount != before.messageCount || now.isTyping != before.isTyping
+                       || now.typingPreview != before.typingPreview
+                       || now.agentPreview != before.agentPreview;
+    if (moves && m_content.scrollTarget() >= 0)
         scrollToTarget(!wasEmpty);
+    else
+        arrange();
+    tellAssistiveTools(before, replaced);
 }
 
 void TranscriptView::rebuildHeights()
@@ -204,8 +210,15 @@ void TranscriptView::tellAssistiveTools(const TranscriptContent::State& before, 
         return;
     if (replaced)
         return tellTranscriptReplaced(*this);
-    for (qsizetype i = before.messageCount; i < m_content.state().messageCount; ++i)
+    const qsizetype count = m_content.state().messageCount;
+    for (qsizetype i = before.messageCount; i < count; ++i)
         tellRowAdded(*this, i);
+    // Of a burst only the end is worth hearing.
+    QStringList spoken;
+    for (qsizetype i = std::max(before.messageCount, count - spokenAtOnce); i < count; ++i)
+        spoken.append(m_content.row(i).spokenName().left(longestSpoken));
+    if (!spoken.isEmpty())
+        Q_EMIT messagesArrived(spoken.join(QLatin1Char('\n')));
 }
 
 // Arrangement
@@ -305,12 +318,13 @@ void TranscriptView::arrange()
 
 void TranscriptView::scrollToTarget(bool animated)
 {
-    if (m_content.scrollTarget() < 0)
-        return;
     m_scrollAnimation.stop();
     const qint64 from = verticalScrollBar()->value();
     m_following = true;
     m_lead = 0;
+    // The way to go is measured, not guessed.
+    while (layOutBand(wantedValue()))
+        continue;
     const int duration = Theme::duration(Motion::scrollToEnd);
     if (animated && duration > 0 && isVisible() && wantedValue() != from) {
         m_leadAtStart = m_lead = wantedValue() - from;
@@ -359,7 +373,7 @@ void TranscriptView::resizeEvent(QResizeEvent* event)
         // A picture and a bubble near the top edge stay there, however the lines above it break now.
         rebuildHeights();
         if (m_anchorRow < m_heights.size() && !m_following)
-            m_anchorOffset = std::min(m_anchorOffset, layOutRow(m_anchorRow).height());
+            m_anchorOffset = std::min(m_anchorOffset, std::max(0, layOutRow(m_anchorRow).height() - 1));
     }
     arrange();
 }
@@ -411,12 +425,18 @@ void TranscriptView::paintEvent(QPaintEvent* event)
 {
     QPainter painter(viewport());
     painter.fillRect(event->rect(), Theme::color(ColorRole::window));
-    for (const auto& [index, layout] : m_layouts) {
+    const auto paintRow = [&](qsizetype index, const RowLayout& layout) {
         const QRect rect = rowRect(index);
-        // The focus ring reaches a little over a row's edge.
         if (rect.adjusted(0, -Spacing::xSmall, 0, Spacing::xSmall).intersects(event->rect()))
-            layout->paint(painter, rect.topLeft(), event->rect(), look(index));
+            layout.paint(painter, rect.topLeft(), event->rect(), look(index));
+    };
+    for (const auto& [index, layout] : m_layouts) {
+        if (index != m_current.row)
+            paintRow(index, *layout);
     }
+    // The focus ring reaches a little over the neighbours.
+    if (const RowLayout* focused = rowLayout(m_current.row))
+        paintRow(m_current.row, *focused);
 }
 
 void TranscriptView::activate(const Stop& stop)

@@ -78,6 +78,10 @@ public:
     /// Whether the end of the newest row is kept in sight.
     bool isFollowing() const { return m_following; }
 
+Q_SIGNALS:
+    /// Messages were added at the end while the thread was open; @p spoken is what their rows say.
+    void messagesArrived(const QString& spoken);
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QWidget>
+
+namespace orvia {
+
+/// Tells assistive tools of something new without moving the focus: a notification without any size on the
+/// screen, whose name is the text.
+class MessageAnnouncer : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit MessageAnnouncer(QWidget* parent);
+
+    /// Does nothing while no assistive tool listens.
+    void announce(const QString& text);
+};
+
+} // namespace orvia
