@@ -14,6 +14,29 @@ namespace orvia {
 namespace {
 
 constexpr int mostVisibleLines = 6;
+constexpr qsizetype longestWrappedWord = 10'000; // code units
+
+/// The text of @p document. Its own plain text would turn no-break spaces into ordinary ones.
+QString documentText(const QTextDocument* document)
+{
+    QString text = document->toRawText();
+    text.replace(QChar::ParagraphSeparator, u'\n');
+    text.replace(QChar::LineSeparator, u'\n');
+    return text;
+}
+
+/// Whether a run without any white space is too long for wrapping at word boundaries, whose cost grows with
+/// the square of a word's length: a pasted megabyte without a space would take a minute.
+bool holdsLongWord(const QString& text)
+{
+    qsizetype length = 0;
+    for (const QChar character : text) {
+        length = character.isSpace() ? 0 : length + 1;
+        if (length > longestWrappedWord)
+            return true;
+    }
+    return false;
+}
 
 } // namespace
 
@@ -34,17 +57,9 @@ ComposerField::ComposerField(QWidget* parent)
     applyTheme();
 }
 
-QString ComposerField::text() const
-{
-    // The document's own plain text would turn no-break spaces into ordinary ones.
-    QString text = document()->toRawText();
-    text.replace(QChar::ParagraphSeparator, u'\n');
-    text.replace(QChar::LineSeparator, u'\n');
-    return text;
-}
-
 void ComposerField::setText(const QString& text)
 {
+    setLongWords(holdsLongWord(text));
     QTextCursor cursor(document());
     cursor.select(QTextCursor::Document);
     cursor.insertText(text);
@@ -59,9 +74,7 @@ void ComposerField::setLabel(const QString& label)
 
 QSize ComposerField::sizeHint() const
 {
-    const int lineHeight = fontMetrics().lineSpacing();
-    const int lines = std::max(1, qRound(document()->size().height()));
-    return {200, std::min(lines, mostVisibleLines) * lineHeight};
+    return {200, heightOfShownLines()};
 }
 
 QSize ComposerField::minimumSizeHint() const
@@ -73,7 +86,11 @@ void ComposerField::keyPressEvent(QKeyEvent* event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (!isReturn) {
+        const bool leavesUpward =
+            event->key() == Qt::Key_Up && !(event->modifiers() & ~Qt::KeypadModifier) && isOnFirstLine();
         QPlainTextEdit::keyPressEvent(event);
+        if (leavesUpward)
+            Q_EMIT leaveUpwardRequested();
         return;
     }
     // A Return that ends an input method's composition belongs to the input method.
@@ -92,7 +109,10 @@ bool ComposerField::canInsertFromMimeData(const QMimeData* source) const
 
 void ComposerField::insertFromMimeData(const QMimeData* source)
 {
-    textCursor().insertText(source->text());
+    const QString text = source->text();
+    if (holdsLongWord(text))
+        setLongWords(true);
+    textCursor().insertText(text);
     ensureCursorVisible();
 }
 
@@ -117,13 +137,38 @@ void ComposerField::applyTheme()
 
 void ComposerField::noticeChange()
 {
-    fitHeight();
     // The signal also tells of a changing composition, which changes no text.
-    const QString now = text();
-    if (now == m_lastText)
-        return;
-    m_lastText = now;
-    Q_EMIT textEdited(now);
+    QString now = documentText(document());
+    const bool isEdited = now != m_text;
+    if (isEdited) {
+        m_text = std::move(now);
+        setLongWords(holdsLongWord(m_text));
+    }
+    fitHeight();
+    if (isEdited)
+        Q_EMIT textEdited(m_text);
+}
+
+void ComposerField::setLongWords(bool hasLongWords)
+{
+    const QTextOption::WrapMode mode =
+        hasLongWords ? QTextOption::WrapAnywhere : QTextOption::WrapAtWordBoundaryOrAnywhere;
+    if (mode != wordWrapMode())
+        setWordWrapMode(mode);
+}
+
+int ComposerField::heightOfShownLines() const
+{
+    qreal height = 0;
+    int room = mostVisibleLines;
+    for (QTextBlock block = document()->firstBlock(); block.isValid() && room > 0; block = block.next()) {
+        // A paragraph is wrapped when its place is asked for; until then it counts as a single line.
+        const QRectF place = blockBoundingRect(block);
+        const int lines = block.layout()->lineCount();
+        height += lines <= room ? place.height() : block.layout()->lineAt(room).y();
+        room -= lines;
+    }
+    return qCeil(height);
 }
 
 void ComposerField::fitHeight()
@@ -133,14 +178,21 @@ void ComposerField::fitHeight()
         return;
     setFixedHeight(height);
     updateGeometry();
-    if (qRound(document()->size().height()) <= mostVisibleLines)
-        verticalScrollBar()->setValue(0);
 }
 
 bool ComposerField::isComposing() const
 {
     const QTextLayout* layout = textCursor().block().layout();
     return layout && !layout->preeditAreaText().isEmpty();
+}
+
+bool ComposerField::isOnFirstLine() const
+{
+    const QTextCursor cursor = textCursor();
+    if (cursor.blockNumber() > 0)
+        return false;
+    const QTextLine line = cursor.block().layout()->lineForTextPosition(cursor.positionInBlock());
+    return !line.isValid() || line.lineNumber() == 0;
 }
 
 void ComposerField::appendLineBreak()

@@ -13,7 +13,7 @@ public:
     explicit ComposerField(QWidget* parent = nullptr);
 
     /// The text as typed, with "\n" between lines and no-break spaces kept.
-    QString text() const;
+    const QString& text() const { return m_text; }
     /// Replaces the whole text as one step that can be undone, and puts the cursor at its end.
     void setText(const QString& text);
     /// Sets placeholder and accessible name.
@@ -26,6 +26,8 @@ Q_SIGNALS:
     /// The text is a different one now. An input method's unfinished composition is not part of it.
     void textEdited(const QString& text);
     void submitRequested();
+    /// Up was pressed with the cursor on the first line.
+    void leaveUpwardRequested();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -36,11 +38,14 @@ protected:
 private:
     void applyTheme();
     void noticeChange();
+    void setLongWords(bool hasLongWords);
+    int heightOfShownLines() const;
     void fitHeight();
     bool isComposing() const;
+    bool isOnFirstLine() const;
     void appendLineBreak();
 
-    QString m_lastText;
+    QString m_text; ///< what the document held when it last changed
 };
 
 } // namespace orvia
