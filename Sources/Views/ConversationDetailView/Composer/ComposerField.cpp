@@ -38,6 +38,30 @@ bool holdsLongWord(const QString& text)
     return false;
 }
 
+/// Decides how to wrap a changed text before it is wrapped, wherever the change comes from.
+class ComposerLayout : public QPlainTextDocumentLayout {
+public:
+    ComposerLayout(QTextDocument* document, QPlainTextEdit* field)
+        : QPlainTextDocumentLayout(document)
+        , m_field(field)
+    {
+    }
+
+protected:
+    void documentChanged(int from, int removed, int added) override
+    {
+        const QTextOption::WrapMode mode = holdsLongWord(document()->toRawText())
+                                               ? QTextOption::WrapAnywhere
+                                               : QTextOption::WrapAtWordBoundaryOrAnywhere;
+        if (mode != m_field->wordWrapMode())
+            m_field->setWordWrapMode(mode);
+        QPlainTextDocumentLayout::documentChanged(from, removed, added);
+    }
+
+private:
+    QPlainTextEdit* m_field;
+};
+
 } // namespace
 
 ComposerField::ComposerField(QWidget* parent)
@@ -47,6 +71,10 @@ ComposerField::ComposerField(QWidget* parent)
     setFrameShape(QFrame::NoFrame);
     setTabChangesFocus(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    auto* contents = new QTextDocument(this);
+    contents->setDocumentLayout(new ComposerLayout(contents, this));
+    contents->setDefaultFont(font());
+    setDocument(contents);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     viewport()->setAutoFillBackground(false);
@@ -55,11 +83,11 @@ ComposerField::ComposerField(QWidget* parent)
     connect(this, &QPlainTextEdit::textChanged, this, &ComposerField::noticeChange);
     connect(&Theme::shared(), &Theme::changed, this, &ComposerField::applyTheme);
     applyTheme();
+    fitHeight();
 }
 
 void ComposerField::setText(const QString& text)
 {
-    setLongWords(holdsLongWord(text));
     QTextCursor cursor(document());
     cursor.select(QTextCursor::Document);
     cursor.insertText(text);
@@ -109,10 +137,7 @@ bool ComposerField::canInsertFromMimeData(const QMimeData* source) const
 
 void ComposerField::insertFromMimeData(const QMimeData* source)
 {
-    const QString text = source->text();
-    if (holdsLongWord(text))
-        setLongWords(true);
-    textCursor().insertText(text);
+    textCursor().insertText(source->text());
     ensureCursorVisible();
 }
 
@@ -120,6 +145,13 @@ void ComposerField::resizeEvent(QResizeEvent* event)
 {
     QPlainTextEdit::resizeEvent(event);
     fitHeight();
+}
+
+void ComposerField::changeEvent(QEvent* event)
+{
+    QPlainTextEdit::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        fitHeight();
 }
 
 void ComposerField::applyTheme()
@@ -132,7 +164,6 @@ void ComposerField::applyTheme()
     colors.setColor(QPalette::Highlight, Theme::color(ColorRole::textSelection));
     colors.setColor(QPalette::HighlightedText, Theme::color(ColorRole::textPrimary));
     setPalette(colors);
-    fitHeight();
 }
 
 void ComposerField::noticeChange()
@@ -140,21 +171,11 @@ void ComposerField::noticeChange()
     // The signal also tells of a changing composition, which changes no text.
     QString now = documentText(document());
     const bool isEdited = now != m_text;
-    if (isEdited) {
+    if (isEdited)
         m_text = std::move(now);
-        setLongWords(holdsLongWord(m_text));
-    }
     fitHeight();
     if (isEdited)
         Q_EMIT textEdited(m_text);
-}
-
-void ComposerField::setLongWords(bool hasLongWords)
-{
-    const QTextOption::WrapMode mode =
-        hasLongWords ? QTextOption::WrapAnywhere : QTextOption::WrapAtWordBoundaryOrAnywhere;
-    if (mode != wordWrapMode())
-        setWordWrapMode(mode);
 }
 
 int ComposerField::heightOfShownLines() const
@@ -168,7 +189,9 @@ int ComposerField::heightOfShownLines() const
         height += lines <= room ? place.height() : block.layout()->lineAt(room).y();
         room -= lines;
     }
-    return qCeil(height);
+    // The scroll range is reckoned with a pixel less than the height; without one more a field whose lines
+    // all fit would scroll.
+    return qCeil(height) + 1;
 }
 
 void ComposerField::fitHeight()

@@ -34,11 +34,11 @@ protected:
     bool canInsertFromMimeData(const QMimeData* source) const override;
     void insertFromMimeData(const QMimeData* source) override;
     void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     void applyTheme();
     void noticeChange();
-    void setLongWords(bool hasLongWords);
     int heightOfShownLines() const;
     void fitHeight();
     bool isComposing() const;

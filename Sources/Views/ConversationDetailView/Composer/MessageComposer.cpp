@@ -19,7 +19,7 @@ constexpr int bandMargin = 10;
 constexpr int gap = 4;
 constexpr QSize toolSize{32, 34};
 constexpr int oneLineFrame = 34;
-constexpr QMargins framePadding{14, 7, 14, 7};
+constexpr QMargins framePadding{14, 8, 14, 6}; // the field itself ends with a spare pixel
 
 /// The outline round the field, whose colour tells the mode.
 class FieldFrame : public QWidget {
@@ -101,6 +101,9 @@ MessageComposer::MessageComposer(QWidget* parent)
     sendColumn->setContentsMargins(0, 0, 0, (oneLineFrame - m_send->sizeHint().height()) / 2);
     sendColumn->addWidget(m_send, 0, Qt::AlignBottom);
     row->addLayout(sendColumn);
+    // The frame took the field over, which put it behind the button.
+    setTabOrder(m_noteMode, m_field);
+    setTabOrder(m_field, m_send);
     updateSendButton();
 }
 

@@ -70,10 +70,21 @@ QSize SuggestionRow::sizeHint() const
 
 void SuggestionRow::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
         click();
-    else
+        break;
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+        // A button by itself would walk on to any control; the list knows its edges.
+        event->ignore();
+        break;
+    default:
         QAbstractButton::keyPressEvent(event);
+    }
 }
 
 void SuggestionRow::paintEvent(QPaintEvent*)
@@ -93,8 +104,7 @@ void SuggestionRow::paintEvent(QPaintEvent*)
     painter.setPen(Theme::color(ColorRole::textPrimary));
     const QRect leadRect = QStyle::visualRect(
         layoutDirection(), content, {content.left(), 0, leadMetrics.horizontalAdvance(lead) + 1, height()});
-    painter.drawText(leadRect, Qt::AlignVCenter | Qt::AlignAbsolute | Qt::TextSingleLine | Qt::AlignLeft,
-                     lead);
+    paintText(painter, leadRect, lead);
 
     const QFont detailFont = Theme::font(TextRole::footnote);
     painter.setFont(detailFont);
@@ -102,10 +112,21 @@ void SuggestionRow::paintEvent(QPaintEvent*)
     const int detailLeft = content.left() + leadRect.width() + textGap;
     const QRect detailRect = QStyle::visualRect(layoutDirection(), content,
                                                 {detailLeft, 0, content.right() + 1 - detailLeft, height()});
-    painter.drawText(detailRect, Qt::AlignVCenter | Qt::TextSingleLine,
-                     QFontMetrics(detailFont).elidedText(m_detail, Qt::ElideRight, detailRect.width()));
+    paintText(painter, detailRect,
+              QFontMetrics(detailFont).elidedText(m_detail, Qt::ElideRight, detailRect.width()));
     if (hasFocus())
         FocusRing::paintInside(painter, rect(), Radius::card - frameWidth);
+}
+
+void SuggestionRow::paintText(QPainter& painter, const QRect& place, const QString& text) const
+{
+    // The window's direction would move the sign in front of a name to its end when the name is written in
+    // the other direction.
+    painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    painter.drawText(place,
+                     Qt::AlignVCenter | Qt::AlignAbsolute | Qt::TextSingleLine
+                         | (isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft),
+                     text);
 }
 
 void SuggestionRow::paintFill(QPainter& painter) const

@@ -33,6 +33,7 @@ protected:
 
 private:
     void paintFill(QPainter& painter) const;
+    void paintText(QPainter& painter, const QRect& place, const QString& text) const;
 
     QString m_lead;
     TextRole m_leadRole;
