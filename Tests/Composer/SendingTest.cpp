@@ -174,6 +174,27 @@ TEST_F(SendingTest, TheComposerMayGoWhileAMessageIsUnderWay)
     EXPECT_TRUE(waitUntil([&] { return session->messages().thread(u"c1"_s).size() == 1; }));
 }
 
+TEST_F(SendingTest, TheRowGrowsWithItsField)
+{
+    open();
+    QWidget& row = *composer->messageComposer();
+    const QWidget& frame = *field().parentWidget();
+    const int least = row.height();
+    int before = least;
+    for (int lines = 1; lines <= 8; ++lines) {
+        field().setText(QStringList(lines, u"a"_s).join(u'\n'));
+        QCoreApplication::processEvents();
+        EXPECT_TRUE(frame.rect().contains(field().geometry())) << lines;
+        EXPECT_GE(row.height(), before) << lines;
+        EXPECT_EQ(button(u"attachButton"_s).geometry().bottom(), frame.geometry().bottom()) << lines;
+        before = row.height();
+    }
+    EXPECT_GT(before, least);
+    field().setText({});
+    QCoreApplication::processEvents();
+    EXPECT_EQ(row.height(), least);
+}
+
 } // namespace
 
 } // namespace orvia::test

@@ -4,6 +4,7 @@
 #include "Views/Widgets/ScrollArea.h"
 
 #include <QKeyEvent>
+#include <QLayout>
 #include <QMimeData>
 #include <QTextBlock>
 #include <QTextDocument>
@@ -200,7 +201,11 @@ void ComposerField::fitHeight()
     if (height == minimumHeight() && height == maximumHeight())
         return;
     setFixedHeight(height);
-    updateGeometry();
+    // Each layout around would learn of it one event later; the field would be cut off until then.
+    for (QWidget* around = parentWidget(); around; around = around->parentWidget()) {
+        if (around->layout())
+            around->layout()->activate();
+    }
 }
 
 bool ComposerField::isComposing() const
