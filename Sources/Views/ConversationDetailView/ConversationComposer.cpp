@@ -4,11 +4,16 @@
 #include "ComposerLogic/MentionComposer.h"
 #include "Session/Session.h"
 #include "Theme/Theme.h"
+#include "Views/ConversationDetailView/Composer/ComposerField.h"
 #include "Views/ConversationDetailView/Composer/MessageComposer.h"
 #include "Views/ConversationDetailView/Composer/PickedFile.h"
 #include "Views/ConversationDetailView/Composer/SuggestionList.h"
 
 #include <QBoxLayout>
+#include <QCoreApplication>
+#include <QKeyEvent>
+
+#include <algorithm>
 
 namespace orvia {
 
@@ -41,6 +46,7 @@ ConversationComposer::ConversationComposer(Session& session, QString conversatio
          {static_cast<SuggestionList*>(m_mentions), static_cast<SuggestionList*>(m_cannedSuggestions)}) {
         list->hide();
         connect(list, &SuggestionList::leaveRequested, this, &ConversationComposer::focusField);
+        connect(list, &SuggestionList::keyForTextPressed, this, &ConversationComposer::passToField);
     }
 
     m_composer = new MessageComposer(this);
@@ -48,11 +54,13 @@ ConversationComposer::ConversationComposer(Session& session, QString conversatio
     connect(m_composer, &MessageComposer::noteChanged, this, &ConversationComposer::noteChanged);
     connect(m_composer, &MessageComposer::sendRequested, this, &ConversationComposer::send);
     connect(m_composer, &MessageComposer::attachRequested, this, &ConversationComposer::attachRequested);
-
-    // What the offered teammates depend on besides the text.
-    connect(&m_session, &Session::assignableAgentsChanged, this, &ConversationComposer::updateSuggestions);
-    connect(&m_session, &Session::agentChanged, this, &ConversationComposer::updateSuggestions);
-    connect(&m_session, &Session::conversationsReset, this, &ConversationComposer::updateSuggestions);
+    connect(&m_composer->field(), &ComposerField::leaveUpwardRequested, this, [this] {
+        if (SuggestionList* list = shownList())
+            list->enterFromBelow();
+    });
+    m_mentions->setTabPredecessor(&m_composer->field());
+    m_cannedSuggestions->setTabPredecessor(&m_composer->field());
+    followSession();
 
     auto* suggestions = new QVBoxLayout;
     suggestions->setContentsMargins(suggestionMargins);
@@ -67,6 +75,20 @@ ConversationComposer::ConversationComposer(Session& session, QString conversatio
     column->setSpacing(0);
     column->addWidget(m_suggestions);
     column->addWidget(m_composer);
+}
+
+void ConversationComposer::followSession()
+{
+    // What the offered teammates depend on besides the text.
+    connect(&m_session, &Session::assignableAgentsChanged, this, &ConversationComposer::updateSuggestions);
+    connect(&m_session, &Session::agentChanged, this, &ConversationComposer::updateSuggestions);
+    connect(&m_session, &Session::conversationsReset, this, &ConversationComposer::updateSuggestions);
+    const auto one = [this](qsizetype index) {
+        if (m_session.conversations().at(index).id == m_conversationId)
+            updateSuggestions();
+    };
+    connect(&m_session, &Session::conversationInserted, this, one);
+    connect(&m_session, &Session::conversationChanged, this, one);
 }
 
 void ConversationComposer::setCanned(std::vector<CannedResponse> canned)
@@ -108,25 +130,49 @@ void ConversationComposer::updateSuggestions()
     std::vector<CannedResponse> canned;
     if (mentions.empty())
         canned = cannedMatches();
+    if (mentions == m_mentions->matches() && canned == m_cannedSuggestions->matches())
+        return;
+    // A row that goes must not take the focus with it.
+    if (m_mentions->holdsFocus() || m_cannedSuggestions->holdsFocus())
+        focusField();
     const bool hasMentions = !mentions.empty();
     const bool hasCanned = !canned.empty();
-    // A row that is about to go must not take the focus with it.
-    if (m_suggestions->isAncestorOf(focusWidget()) && !hasMentions && !hasCanned)
-        focusField();
     m_mentions->setMatches(std::move(mentions));
     m_cannedSuggestions->setMatches(std::move(canned));
     m_mentions->setVisible(hasMentions);
     m_cannedSuggestions->setVisible(hasCanned);
     m_suggestions->setVisible(hasMentions || hasCanned);
+    updateReturnHint();
+}
+
+SuggestionList* ConversationComposer::shownList() const
+{
+    if (m_mentions->rowCount() > 0)
+        return m_mentions;
+    return m_cannedSuggestions->rowCount() > 0 ? m_cannedSuggestions : nullptr;
+}
+
+void ConversationComposer::updateReturnHint()
+{
+    // Who does not see the list appear must hear that Return does not send now.
+    const SuggestionList* list = shownList();
+    m_composer->field().setAccessibleDescription(list ? tr("Return inserts %1").arg(list->row(0)->lead())
+                                                      : QString());
+}
+
+void ConversationComposer::passToField(QKeyEvent* event)
+{
+    focusField();
+    QCoreApplication::sendEvent(&m_composer->field(), event);
 }
 
 void ConversationComposer::insertMention(const Agent& agent)
 {
+    m_composer->setText(MentionComposer::inserting(agent, m_composer->text()));
     const bool isPicked = std::any_of(m_pickedMentions.begin(), m_pickedMentions.end(),
                                       [&](const Agent& picked) { return picked.id == agent.id; });
     if (!isPicked)
         m_pickedMentions.push_back(agent);
-    m_composer->setText(MentionComposer::inserting(agent, m_composer->text()));
 }
 
 void ConversationComposer::insertCanned(const CannedResponse& response)
@@ -185,6 +231,7 @@ void ConversationComposer::upload(const QUrl& fileURL)
         return;
     }
     auto& file = std::get<PickedFile>(read);
+    ++m_uploads;
     m_composer->setUploading(true);
     uploadFile(std::move(file.name), std::move(file.mimeType), std::move(file.data), m_composer->isNote());
 }
@@ -209,7 +256,7 @@ QCoro::Task<void> ConversationComposer::uploadFile(QString name, QString mimeTyp
     else if (session)
         session->append(*message, conversationId);
     if (self)
-        m_composer->setUploading(false);
+        m_composer->setUploading(--m_uploads > 0);
 }
 
 } // namespace orvia

@@ -16,6 +16,7 @@ class CannedSuggestionList;
 class MentionSuggestionList;
 class MessageComposer;
 class Session;
+class SuggestionList;
 
 /// The bottom of the conversation view: the draft of a reply or an internal note, its suggestions, sending,
 /// the typing signal, and the upload of an attachment. The draft lives as long as this widget.
@@ -34,7 +35,8 @@ public:
 
     /// Inserts the first suggestion on show, or sends the draft.
     void send();
-    /// Uploads the file at @p fileURL as a reply, or as a note in note mode.
+    /// Uploads the file at @p fileURL as a reply, or as a note in note mode. What cannot be read or is too
+    /// large only raises a banner.
     void upload(const QUrl& fileURL);
 
 Q_SIGNALS:
@@ -45,6 +47,10 @@ private:
     std::vector<Agent> mentionMatches() const;
     std::vector<CannedResponse> cannedMatches() const;
     void updateSuggestions();
+    SuggestionList* shownList() const;
+    void updateReturnHint();
+    void followSession();
+    void passToField(QKeyEvent* event);
     void insertMention(const Agent& agent);
     void insertCanned(const CannedResponse& response);
     void textChanged(const QString& text);
@@ -56,6 +62,7 @@ private:
     const QString m_conversationId;
     std::vector<CannedResponse> m_canned;
     std::vector<Agent> m_pickedMentions;
+    int m_uploads = 0; ///< in flight
     QWidget* m_suggestions;
     MentionSuggestionList* m_mentions;
     CannedSuggestionList* m_cannedSuggestions;

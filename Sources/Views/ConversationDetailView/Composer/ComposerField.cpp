@@ -4,6 +4,7 @@
 #include "Views/Widgets/ScrollArea.h"
 
 #include <QKeyEvent>
+#include <QLayout>
 #include <QMimeData>
 #include <QTextBlock>
 #include <QTextDocument>
@@ -14,6 +15,53 @@ namespace orvia {
 namespace {
 
 constexpr int mostVisibleLines = 6;
+constexpr qsizetype longestWrappedWord = 10'000; // code units
+
+/// The text of @p document. Its own plain text would turn no-break spaces into ordinary ones.
+QString documentText(const QTextDocument* document)
+{
+    QString text = document->toRawText();
+    text.replace(QChar::ParagraphSeparator, u'\n');
+    text.replace(QChar::LineSeparator, u'\n');
+    return text;
+}
+
+/// Whether a run without any white space is too long for wrapping at word boundaries, whose cost grows with
+/// the square of a word's length: a pasted megabyte without a space would take a minute.
+bool holdsLongWord(const QString& text)
+{
+    qsizetype length = 0;
+    for (const QChar character : text) {
+        length = character.isSpace() ? 0 : length + 1;
+        if (length > longestWrappedWord)
+            return true;
+    }
+    return false;
+}
+
+/// Decides how to wrap a changed text before it is wrapped, wherever the change comes from.
+class ComposerLayout : public QPlainTextDocumentLayout {
+public:
+    ComposerLayout(QTextDocument* document, QPlainTextEdit* field)
+        : QPlainTextDocumentLayout(document)
+        , m_field(field)
+    {
+    }
+
+protected:
+    void documentChanged(int from, int removed, int added) override
+    {
+        const QTextOption::WrapMode mode = holdsLongWord(document()->toRawText())
+                                               ? QTextOption::WrapAnywhere
+                                               : QTextOption::WrapAtWordBoundaryOrAnywhere;
+        if (mode != m_field->wordWrapMode())
+            m_field->setWordWrapMode(mode);
+        QPlainTextDocumentLayout::documentChanged(from, removed, added);
+    }
+
+private:
+    QPlainTextEdit* m_field;
+};
 
 } // namespace
 
@@ -24,6 +72,10 @@ ComposerField::ComposerField(QWidget* parent)
     setFrameShape(QFrame::NoFrame);
     setTabChangesFocus(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    auto* contents = new QTextDocument(this);
+    contents->setDocumentLayout(new ComposerLayout(contents, this));
+    contents->setDefaultFont(font());
+    setDocument(contents);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     viewport()->setAutoFillBackground(false);
@@ -32,15 +84,7 @@ ComposerField::ComposerField(QWidget* parent)
     connect(this, &QPlainTextEdit::textChanged, this, &ComposerField::noticeChange);
     connect(&Theme::shared(), &Theme::changed, this, &ComposerField::applyTheme);
     applyTheme();
-}
-
-QString ComposerField::text() const
-{
-    // The document's own plain text would turn no-break spaces into ordinary ones.
-    QString text = document()->toRawText();
-    text.replace(QChar::ParagraphSeparator, u'\n');
-    text.replace(QChar::LineSeparator, u'\n');
-    return text;
+    fitHeight();
 }
 
 void ComposerField::setText(const QString& text)
@@ -59,9 +103,7 @@ void ComposerField::setLabel(const QString& label)
 
 QSize ComposerField::sizeHint() const
 {
-    const int lineHeight = fontMetrics().lineSpacing();
-    const int lines = std::max(1, qRound(document()->size().height()));
-    return {200, std::min(lines, mostVisibleLines) * lineHeight};
+    return {200, heightOfShownLines()};
 }
 
 QSize ComposerField::minimumSizeHint() const
@@ -73,7 +115,11 @@ void ComposerField::keyPressEvent(QKeyEvent* event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (!isReturn) {
+        const bool leavesUpward =
+            event->key() == Qt::Key_Up && !(event->modifiers() & ~Qt::KeypadModifier) && isOnFirstLine();
         QPlainTextEdit::keyPressEvent(event);
+        if (leavesUpward)
+            Q_EMIT leaveUpwardRequested();
         return;
     }
     // A Return that ends an input method's composition belongs to the input method.
@@ -102,6 +148,13 @@ void ComposerField::resizeEvent(QResizeEvent* event)
     fitHeight();
 }
 
+void ComposerField::changeEvent(QEvent* event)
+{
+    QPlainTextEdit::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        fitHeight();
+}
+
 void ComposerField::applyTheme()
 {
     setFont(Theme::font(TextRole::body));
@@ -112,18 +165,34 @@ void ComposerField::applyTheme()
     colors.setColor(QPalette::Highlight, Theme::color(ColorRole::textSelection));
     colors.setColor(QPalette::HighlightedText, Theme::color(ColorRole::textPrimary));
     setPalette(colors);
-    fitHeight();
 }
 
 void ComposerField::noticeChange()
 {
-    fitHeight();
     // The signal also tells of a changing composition, which changes no text.
-    const QString now = text();
-    if (now == m_lastText)
-        return;
-    m_lastText = now;
-    Q_EMIT textEdited(now);
+    QString now = documentText(document());
+    const bool isEdited = now != m_text;
+    if (isEdited)
+        m_text = std::move(now);
+    fitHeight();
+    if (isEdited)
+        Q_EMIT textEdited(m_text);
+}
+
+int ComposerField::heightOfShownLines() const
+{
+    qreal height = 0;
+    int room = mostVisibleLines;
+    for (QTextBlock block = document()->firstBlock(); block.isValid() && room > 0; block = block.next()) {
+        // A paragraph is wrapped when its place is asked for; until then it counts as a single line.
+        const QRectF place = blockBoundingRect(block);
+        const int lines = block.layout()->lineCount();
+        height += lines <= room ? place.height() : block.layout()->lineAt(room).y();
+        room -= lines;
+    }
+    // The scroll range is reckoned with a pixel less than the height; without one more a field whose lines
+    // all fit would scroll.
+    return qCeil(height) + 1;
 }
 
 void ComposerField::fitHeight()
@@ -132,15 +201,26 @@ void ComposerField::fitHeight()
     if (height == minimumHeight() && height == maximumHeight())
         return;
     setFixedHeight(height);
-    updateGeometry();
-    if (qRound(document()->size().height()) <= mostVisibleLines)
-        verticalScrollBar()->setValue(0);
+    // Each layout around would learn of it one event later; the field would be cut off until then.
+    for (QWidget* around = parentWidget(); around; around = around->parentWidget()) {
+        if (around->layout())
+            around->layout()->activate();
+    }
 }
 
 bool ComposerField::isComposing() const
 {
     const QTextLayout* layout = textCursor().block().layout();
     return layout && !layout->preeditAreaText().isEmpty();
+}
+
+bool ComposerField::isOnFirstLine() const
+{
+    const QTextCursor cursor = textCursor();
+    if (cursor.blockNumber() > 0)
+        return false;
+    const QTextLine line = cursor.block().layout()->lineForTextPosition(cursor.positionInBlock());
+    return !line.isValid() || line.lineNumber() == 0;
 }
 
 void ComposerField::appendLineBreak()

@@ -13,7 +13,7 @@ public:
     explicit ComposerField(QWidget* parent = nullptr);
 
     /// The text as typed, with "\n" between lines and no-break spaces kept.
-    QString text() const;
+    const QString& text() const { return m_text; }
     /// Replaces the whole text as one step that can be undone, and puts the cursor at its end.
     void setText(const QString& text);
     /// Sets placeholder and accessible name.
@@ -26,21 +26,26 @@ Q_SIGNALS:
     /// The text is a different one now. An input method's unfinished composition is not part of it.
     void textEdited(const QString& text);
     void submitRequested();
+    /// Up was pressed with the cursor on the first line.
+    void leaveUpwardRequested();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     bool canInsertFromMimeData(const QMimeData* source) const override;
     void insertFromMimeData(const QMimeData* source) override;
     void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     void applyTheme();
     void noticeChange();
+    int heightOfShownLines() const;
     void fitHeight();
     bool isComposing() const;
+    bool isOnFirstLine() const;
     void appendLineBreak();
 
-    QString m_lastText;
+    QString m_text; ///< what the document held when it last changed
 };
 
 } // namespace orvia

@@ -13,12 +13,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int hairline = 1;
 constexpr int sideMargin = 12;
 constexpr int bandMargin = 10;
 constexpr int gap = 4;
 constexpr QSize toolSize{32, 34};
 constexpr int oneLineFrame = 34;
-constexpr QMargins framePadding{14, 7, 14, 7};
+constexpr QMargins framePadding{14, 8, 14, 6}; // the field itself ends with a spare pixel
 
 /// The outline round the field, whose colour tells the mode.
 class FieldFrame : public QWidget {
@@ -27,6 +28,8 @@ public:
         : m_composer(composer)
     {
         setMinimumHeight(oneLineFrame);
+        // A click on the padding means the text. The policy comes first, or else it would be the field's.
+        setFocusPolicy(Qt::ClickFocus);
         setFocusProxy(field);
         setCursor(Qt::IBeamCursor);
         auto* layout = new QVBoxLayout(this);
@@ -62,7 +65,12 @@ MessageComposer::MessageComposer(QWidget* parent)
     m_noteMode->setButtonSize(toolSize);
     m_noteMode->setCheckedColors(ColorRole::noteToggle, ColorRole::noteAccent);
     m_noteMode->setCheckable(true);
-    connect(m_noteMode, &IconButton::clicked, this, [this] { setNote(!m_isNote); });
+    connect(m_noteMode, &IconButton::clicked, this, [this] {
+        setNote(!m_isNote);
+        // Who chooses the mode with the pointer writes next.
+        if (!m_noteMode->hasFocus())
+            focusField();
+    });
 
     m_field = new ComposerField(this);
     m_field->setLabel(tr("Message"));
@@ -75,20 +83,27 @@ MessageComposer::MessageComposer(QWidget* parent)
 
     m_send = new SendButton(this);
     connect(m_send, &SendButton::clicked, this, &MessageComposer::requestSend);
+    // A click on a button leaves the cursor in the draft.
+    for (QWidget* button :
+         {static_cast<QWidget*>(m_attach), static_cast<QWidget*>(m_noteMode), static_cast<QWidget*>(m_send)})
+        button->setFocusPolicy(Qt::TabFocus);
 
     auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(sideMargin, bandMargin, sideMargin, bandMargin);
+    row->setContentsMargins(sideMargin, hairline + bandMargin, sideMargin, bandMargin);
     row->setSpacing(gap);
     row->addWidget(m_attach, 0, Qt::AlignBottom);
     row->addWidget(m_noteMode, 0, Qt::AlignBottom);
     row->addSpacing(gap);
     row->addWidget(m_frame, 1);
     row->addSpacing(bandMargin - gap);
-    // Two pixels lower than the row's edge would put the circle on the middle of a one-line field.
+    // The circle is lower than a line's frame and stands in the middle of it.
     auto* sendColumn = new QVBoxLayout;
     sendColumn->setContentsMargins(0, 0, 0, (oneLineFrame - m_send->sizeHint().height()) / 2);
     sendColumn->addWidget(m_send, 0, Qt::AlignBottom);
     row->addLayout(sendColumn);
+    // The frame took the field over, which put it behind the button.
+    setTabOrder(m_noteMode, m_field);
+    setTabOrder(m_field, m_send);
     updateSendButton();
 }
 

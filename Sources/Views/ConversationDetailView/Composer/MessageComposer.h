@@ -28,6 +28,7 @@ public:
     bool canSend() const;
 
     void focusField();
+    ComposerField& field() { return *m_field; }
 
 Q_SIGNALS:
     /// The send button was clicked, or Return pressed, while @c canSend.

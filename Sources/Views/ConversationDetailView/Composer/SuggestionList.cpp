@@ -6,6 +6,7 @@
 #include <QBoxLayout>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QPainterPath>
 #include <QStyle>
 
 namespace orvia {
@@ -15,7 +16,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int rowHeight = 34;
-constexpr int sidePadding = 12;
+constexpr int frameWidth = 1;
+constexpr int sidePadding = 12; // from the frame's outer edge
 constexpr int textGap = 10;
 constexpr qsizetype longestShownText = 300; // characters; a row is one line
 constexpr double mostLeadShare = 0.6;       // of the row's width, so that the detail keeps a place
@@ -23,7 +25,18 @@ constexpr double mostLeadShare = 0.6;       // of the row's width, so that the d
 /// One line of at most what can be seen: line breaks would paint over the neighbouring rows.
 QString singleLine(const QString& text)
 {
-    return text.left(longestShownText).simplified();
+    QString shown = text.left(longestShownText).simplified();
+    if (!shown.isEmpty() && shown.back().isHighSurrogate())
+        shown.chop(1);
+    return shown;
+}
+
+bool isForText(const QKeyEvent& event)
+{
+    if (event.key() == Qt::Key_Backspace || event.key() == Qt::Key_Delete)
+        return true;
+    const bool isCommand = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    return !isCommand && !event.text().isEmpty() && event.text().front().isPrint();
 }
 
 } // namespace
@@ -35,9 +48,11 @@ SuggestionRow::SuggestionRow(const QString& lead, TextRole leadRole, const QStri
     , m_detail(singleLine(detail))
 {
     setAccessibleName(m_detail.isEmpty() ? lead : lead + ", "_L1 + detail);
-    setFocusPolicy(Qt::StrongFocus);
+    // A click leaves the cursor in the draft.
+    setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    connect(&Theme::shared(), &Theme::changed, this, &QWidget::updateGeometry);
 }
 
 void SuggestionRow::setPreferred(bool preferred)
@@ -55,19 +70,32 @@ QSize SuggestionRow::sizeHint() const
 
 void SuggestionRow::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
         click();
-    else
+        break;
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+        // A button by itself would walk on to any control; the list knows its edges.
+        event->ignore();
+        break;
+    default:
         QAbstractButton::keyPressEvent(event);
+    }
 }
 
 void SuggestionRow::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     if (m_preferred || underMouse() || isDown())
-        painter.fillRect(rect(), Theme::color(ColorRole::popoverSelection));
+        paintFill(painter);
+    if (!m_preferred)
+        PaintShapes::hairLine(painter, 0, width(), 0);
 
-    const QRect content = rect().adjusted(sidePadding, 0, -sidePadding, 0);
+    const QRect content = rect().adjusted(sidePadding - frameWidth, 0, frameWidth - sidePadding, 0);
     const QFont leadFont = Theme::font(m_leadRole);
     const QFontMetrics leadMetrics(leadFont);
     const int mostLead = m_detail.isEmpty() ? content.width() : qRound(content.width() * mostLeadShare);
@@ -76,8 +104,7 @@ void SuggestionRow::paintEvent(QPaintEvent*)
     painter.setPen(Theme::color(ColorRole::textPrimary));
     const QRect leadRect = QStyle::visualRect(
         layoutDirection(), content, {content.left(), 0, leadMetrics.horizontalAdvance(lead) + 1, height()});
-    painter.drawText(leadRect, Qt::AlignVCenter | Qt::AlignAbsolute | Qt::TextSingleLine | Qt::AlignLeft,
-                     lead);
+    paintText(painter, leadRect, lead);
 
     const QFont detailFont = Theme::font(TextRole::footnote);
     painter.setFont(detailFont);
@@ -85,10 +112,37 @@ void SuggestionRow::paintEvent(QPaintEvent*)
     const int detailLeft = content.left() + leadRect.width() + textGap;
     const QRect detailRect = QStyle::visualRect(layoutDirection(), content,
                                                 {detailLeft, 0, content.right() + 1 - detailLeft, height()});
-    painter.drawText(detailRect, Qt::AlignVCenter | Qt::TextSingleLine,
-                     QFontMetrics(detailFont).elidedText(m_detail, Qt::ElideRight, detailRect.width()));
+    paintText(painter, detailRect,
+              QFontMetrics(detailFont).elidedText(m_detail, Qt::ElideRight, detailRect.width()));
     if (hasFocus())
-        FocusRing::paintInside(painter, rect(), Radius::card - 1);
+        FocusRing::paintInside(painter, rect(), Radius::card - frameWidth);
+}
+
+void SuggestionRow::paintText(QPainter& painter, const QRect& place, const QString& text) const
+{
+    // The window's direction would move the sign in front of a name to its end when the name is written in
+    // the other direction.
+    painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    painter.drawText(place,
+                     Qt::AlignVCenter | Qt::AlignAbsolute | Qt::TextSingleLine
+                         | (isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft),
+                     text);
+}
+
+void SuggestionRow::paintFill(QPainter& painter) const
+{
+    // The first and the last row end in the frame's round corners.
+    QPainterPath frame;
+    frame.addRoundedRect(QRectF(parentWidget()->rect())
+                             .adjusted(frameWidth, frameWidth, -frameWidth, -frameWidth)
+                             .translated(-pos()),
+                         Radius::card - frameWidth, Radius::card - frameWidth);
+    QPainterPath row;
+    row.addRect(rect());
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillPath(frame.intersected(row), Theme::color(ColorRole::popoverSelection));
+    painter.restore();
 }
 
 SuggestionList::SuggestionList(const QString& accessibleName, QWidget* parent)
@@ -97,8 +151,20 @@ SuggestionList::SuggestionList(const QString& accessibleName, QWidget* parent)
     setAccessibleName(accessibleName);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     m_layout = new QVBoxLayout(this);
-    m_layout->setContentsMargins(1, 1, 1, 1);
-    m_layout->setSpacing(1);
+    m_layout->setContentsMargins(frameWidth, frameWidth, frameWidth, frameWidth);
+    m_layout->setSpacing(0);
+}
+
+bool SuggestionList::holdsFocus() const
+{
+    const QWidget* focused = window()->focusWidget();
+    return focused && isAncestorOf(focused);
+}
+
+void SuggestionList::enterFromBelow()
+{
+    if (!m_rows.empty())
+        m_rows.back()->setFocus(Qt::BacktabFocusReason);
 }
 
 void SuggestionList::clearRows()
@@ -117,6 +183,8 @@ void SuggestionList::addRow(SuggestionRow* row, std::function<void()> choose)
     connect(row, &SuggestionRow::clicked, this, std::move(choose));
     row->setPreferred(m_rows.empty());
     m_layout->addWidget(row);
+    if (QWidget* predecessor = m_rows.empty() ? m_tabPredecessor : m_rows.back())
+        setTabOrder(predecessor, row);
     m_rows.push_back(row);
     row->show();
 }
@@ -135,6 +203,8 @@ void SuggestionList::keyPressEvent(QKeyEvent* event)
     } else if (event->key() == Qt::Key_Up && focused != m_rows.end()) {
         if (focused != m_rows.begin())
             (*(focused - 1))->setFocus(Qt::BacktabFocusReason);
+    } else if (isForText(*event)) {
+        Q_EMIT keyForTextPressed(event);
     } else {
         QWidget::keyPressEvent(event);
     }
@@ -145,8 +215,6 @@ void SuggestionList::paintEvent(QPaintEvent*)
     QPainter painter(this);
     PaintShapes::outlined(painter, rect(), Radius::card, Theme::color(ColorRole::menu),
                           Theme::color(ColorRole::menuBorder));
-    for (std::size_t i = 1; i < m_rows.size(); ++i)
-        PaintShapes::hairLine(painter, 1, width() - 1, m_rows[i]->y() - 1);
 }
 
 MentionSuggestionList::MentionSuggestionList(QWidget* parent)

@@ -20,6 +20,8 @@ class SuggestionRow : public QAbstractButton {
 public:
     SuggestionRow(const QString& lead, TextRole leadRole, const QString& detail, QWidget* parent);
 
+    /// The leading text on one line.
+    const QString& lead() const { return m_lead; }
     /// The row that Return inserts is filled.
     void setPreferred(bool preferred);
 
@@ -30,6 +32,9 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void paintFill(QPainter& painter) const;
+    void paintText(QPainter& painter, const QRect& place, const QString& text) const;
+
     QString m_lead;
     TextRole m_leadRole;
     QString m_detail;
@@ -37,7 +42,8 @@ private:
 };
 
 /// The framed list between transcript and composer: at most six rows, chosen by click, Return or Space. The
-/// arrow keys move among the rows, Escape asks to leave the list.
+/// arrow keys move among the rows; Escape, and Down behind the last row, ask to leave the list. It never
+/// takes the focus by itself.
 class SuggestionList : public QWidget {
     Q_OBJECT
 
@@ -46,9 +52,17 @@ public:
 
     int rowCount() const { return static_cast<int>(m_rows.size()); }
     SuggestionRow* row(int index) const { return m_rows[static_cast<std::size_t>(index)]; }
+    /// Whether the focus is on a row, or will be when the window is active again.
+    bool holdsFocus() const;
+    /// The control after which the rows stand in the tab order.
+    void setTabPredecessor(QWidget* widget) { m_tabPredecessor = widget; }
+    /// Puts the focus on the last row, the nearest one to the field.
+    void enterFromBelow();
 
 Q_SIGNALS:
     void leaveRequested();
+    /// A key was pressed on a row that means the text: a letter, or one that deletes.
+    void keyForTextPressed(QKeyEvent* event);
 
 protected:
     void clearRows();
@@ -59,6 +73,7 @@ protected:
 private:
     QVBoxLayout* m_layout;
     std::vector<SuggestionRow*> m_rows;
+    QWidget* m_tabPredecessor = nullptr;
 };
 
 /// Teammates who can be mentioned.
