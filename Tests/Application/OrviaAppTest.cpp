@@ -1,10 +1,13 @@
+#include "OrviaApp.h"
 #include "AppConfig.h"
 #include "AppIdentity.h"
 #include "ConsoleFixture.h"
-#include "OrviaApp.h"
+#include "Platform/FakePortal.h"
 #include "Platform/PrivateFile.h"
 #include "Session/DefaultsStore.h"
 #include "Session/Session.h"
+#include "Support/BusPeers.h"
+#include "Theme/Theme.h"
 #include "Views/LoginView.h"
 #include "Views/RootView.h"
 
@@ -12,15 +15,15 @@
 #include <QLineEdit>
 #include <QTimer>
 
-/// Links around a sign-in, with the application inside this process so that somebody can sign in. The service
-/// of a process is fixed at its first use, so these tests share one.
+/// The application inside this process, so that somebody can sign in and the window can be looked at. The
+/// service of a process is fixed at its first use, so these tests share one.
 namespace orvia::test {
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-class SignInLinkTest : public testing::Test {
+class OrviaAppTest : public testing::Test {
 protected:
     static void SetUpTestSuite()
     {
@@ -76,7 +79,7 @@ protected:
     PrivateFileStorage storage{bus->dataHome() + "/orvia/keychain"_L1};
 };
 
-TEST_F(SignInLinkTest, ALinkIsOpenedAfterTheSignIn)
+TEST_F(OrviaAppTest, ALinkIsOpenedAfterTheSignIn)
 {
     OrviaApp application;
     ASSERT_TRUE(application.start({QUrl(u"orvia://conversation/helen-brandt"_s)}));
@@ -86,7 +89,7 @@ TEST_F(SignInLinkTest, ALinkIsOpenedAfterTheSignIn)
     EXPECT_TRUE(waitUntil([] { return timesOpened(u"helen-brandt"_s) > 0; }));
 }
 
-TEST_F(SignInLinkTest, ALinkSurvivesARefusedToken)
+TEST_F(OrviaAppTest, ALinkSurvivesARefusedToken)
 {
     {
         OrviaApp application;
@@ -106,7 +109,7 @@ TEST_F(SignInLinkTest, ALinkSurvivesARefusedToken)
     EXPECT_TRUE(waitUntil([] { return timesOpened(u"helen-brandt"_s) > 0; }));
 }
 
-TEST_F(SignInLinkTest, ALinkIsNotOpenedForTheNextAgentToo)
+TEST_F(OrviaAppTest, ALinkIsNotOpenedForTheNextAgentToo)
 {
     OrviaApp application;
     ASSERT_TRUE(application.start({QUrl(u"orvia://conversation/helen-brandt"_s)}));
@@ -120,7 +123,37 @@ TEST_F(SignInLinkTest, ALinkIsNotOpenedForTheNextAgentToo)
     EXPECT_EQ(timesOpened(u"helen-brandt"_s), 0);
 }
 
-TEST_F(SignInLinkTest, ClosingTheWindowEndsTheProgram)
+TEST_F(OrviaAppTest, TheDesktopBringsTheWindowBack)
+{
+    ScopedEnvironment environment;
+    environment.unset("XDG_ACTIVATION_TOKEN");
+    OrviaApp application;
+    ASSERT_TRUE(application.start({}));
+    window()->showMinimized();
+    BusConnection desktop(*bus);
+    QDBusMessage call = QDBusMessage::createMethodCall(AppIdentity::identifier, u"/io/tessaly/Orvia"_s,
+                                                       u"org.freedesktop.Application"_s, u"Activate"_s);
+    call << QVariantMap{{u"activation-token"_s, u"leave to come to the front"_s}};
+    desktop.connection().asyncCall(call);
+    EXPECT_TRUE(waitUntil([] { return !window()->isMinimized(); }));
+    EXPECT_TRUE(window()->isVisible());
+    EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "leave to come to the front");
+}
+
+TEST_F(OrviaAppTest, TheDesktopChoosesTheAppearance)
+{
+    constexpr uint dark = 1;
+    constexpr uint light = 2;
+    FakePortal portal(*bus, dark, false);
+    OrviaApp application;
+    ASSERT_TRUE(application.start({}));
+    EXPECT_TRUE(waitUntil([] { return Theme::shared().isDark(); }));
+    Q_EMIT portal.SettingChanged(u"org.freedesktop.appearance"_s, u"color-scheme"_s,
+                                 QDBusVariant(QVariant(light)));
+    EXPECT_TRUE(waitUntil([] { return !Theme::shared().isDark(); }));
+}
+
+TEST_F(OrviaAppTest, ClosingTheWindowEndsTheProgram)
 {
     OrviaApp application;
     ASSERT_TRUE(application.start({}));
