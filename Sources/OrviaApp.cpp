@@ -4,6 +4,7 @@
 #include "AppConfig.h"
 #include "AppIdentity.h"
 #include "Keychain/Keychain.h"
+#include "Platform/Appearance.h"
 #include "PushManager.h"
 #include "Session/DefaultsStore.h"
 #include "Session/Session.h"
@@ -50,20 +51,21 @@ OrviaApp::OrviaApp()
                     openLink(QUrl(link));
                 activate(activationToken);
             });
-    connect(&m_appearance, &Appearance::changed, this, &OrviaApp::followAppearance);
 }
 
 OrviaApp::~OrviaApp() = default;
 
 bool OrviaApp::start(const QList<QUrl>& links)
 {
-    if (m_service.start(QUrl::toStringList(links)) == ApplicationService::Start::handedOver)
+    if (m_service.start(QUrl::toStringList(links, QUrl::FullyEncoded))
+        == ApplicationService::Start::handedOver)
         return false;
-    const bool isHidden = runsInBackground(links);
+    m_appearance = std::make_unique<Appearance>();
+    connect(m_appearance.get(), &Appearance::changed, this, &OrviaApp::followAppearance);
     open();
     for (const QUrl& link : links)
         openLink(link);
-    if (isHidden)
+    if (runsInBackground(links))
         m_session->bootstrap();
     else
         activate({});
@@ -136,7 +138,7 @@ void OrviaApp::followInbox()
 void OrviaApp::followAppearance()
 {
     using Scheme = Appearance::Scheme;
-    const std::optional<Scheme> preferred = m_appearance.preferred();
+    const std::optional<Scheme> preferred = m_appearance->preferred();
     Theme::shared().setDesktopAppearance(preferred ? std::optional(*preferred == Scheme::dark)
                                                    : std::nullopt);
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Platform/Appearance.h"
 #include "Platform/ApplicationService.h"
 
 #include <QObject>
@@ -11,6 +10,7 @@
 
 namespace orvia {
 
+class Appearance;
 class DefaultsStore;
 class Keychain;
 class NetworkSession;
@@ -43,7 +43,7 @@ private:
     void followAppearance();
 
     ApplicationService m_service;
-    Appearance m_appearance;
+    std::unique_ptr<Appearance> m_appearance;
     std::unique_ptr<NetworkSession> m_urlSession;
     std::unique_ptr<DefaultsStore> m_defaults;
     std::unique_ptr<Keychain> m_keychain;
