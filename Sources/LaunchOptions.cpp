@@ -15,44 +15,70 @@ QString translated(const char* text)
     return QCoreApplication::translate("orvia::LaunchOptions", text);
 }
 
-LaunchOptions refusal(const QString& reason)
+LaunchOptions refused(const QString& reason)
 {
-    return {LaunchOptions::Action::refuse, u"orvia: "_s + reason, {}, {}};
+    return {LaunchOptions::Action::refuse, u"orvia: "_s + reason.simplified(), {}, {}};
 }
+
+struct Options {
+    Options()
+        : configuration(u"config"_s,
+                        translated("Read the service's address from FILE (INI, key APIBaseURL)."), u"FILE"_s)
+        , help(parser.addHelpOption())
+        , version(parser.addVersionOption())
+    {
+        parser.setApplicationDescription(translated("Desktop console of a live-chat service."));
+        parser.addOption(configuration);
+        parser.addPositionalArgument(u"link"_s, translated("An orvia: link to open."), u"[orvia://...]"_s);
+    }
+
+    QCommandLineParser parser;
+    QCommandLineOption configuration;
+    QCommandLineOption help;
+    QCommandLineOption version;
+};
 
 } // namespace
 
 LaunchOptions LaunchOptions::parse(const QStringList& arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(translated("Desktop console of a live-chat service."));
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
-    const QCommandLineOption configuration(
-        u"config"_s, translated("Read the service's address from FILE (INI, key APIBaseURL)."), u"FILE"_s);
-    parser.addOption(configuration);
-    parser.addPositionalArgument(u"link"_s, translated("An orvia: link to open."), u"[orvia://...]"_s);
-
+    Options options;
+    QCommandLineParser& parser = options.parser;
     if (!parser.parse(arguments))
-        return refusal(parser.errorText().simplified());
-    if (parser.isSet(help))
-        return {Action::printHelp, parser.helpText().trimmed(), {}, {}};
-    if (parser.isSet(version))
-        return {Action::printVersion, u"orvia " ORVIA_VERSION ""_s, {}, {}};
+        return refused(parser.errorText());
+    if (parser.isSet(options.help))
+        return {Action::printHelp, {}, {}, {}};
+    if (parser.isSet(options.version))
+        return {Action::printVersion, {}, {}, {}};
 
+    LaunchOptions result;
     const QStringList links = parser.positionalArguments();
     if (links.size() > 1)
-        return refusal(translated("at most one link can be opened"));
-    LaunchOptions options;
-    if (!links.isEmpty())
-        options.link = QUrl(links.first());
-    if (parser.isSet(configuration)) {
-        options.configurationFile = parser.value(configuration);
-        if (const QFileInfo file(options.configurationFile); !file.isFile() || !file.isReadable())
-            return refusal(
-                translated("cannot read the configuration file %1").arg(options.configurationFile));
+        return refused(translated("at most one link can be opened"));
+    for (const QString& link : links) {
+        // What is a link but names no conversation is ignored later, whichever way it comes.
+        const QUrl url(link);
+        if (url.scheme().isEmpty())
+            return refused(translated("\"%1\" is not a link").arg(link));
+        result.links.append(url);
     }
-    return options;
+    if (parser.isSet(options.configuration)) {
+        result.configurationFile = parser.value(options.configuration);
+        if (const QFileInfo file(result.configurationFile); !file.isFile() || !file.isReadable())
+            return refused(
+                translated("cannot read the configuration file \"%1\"").arg(result.configurationFile));
+    }
+    return result;
+}
+
+QString LaunchOptions::helpText()
+{
+    return Options().parser.helpText().trimmed();
+}
+
+QString LaunchOptions::versionText()
+{
+    return QCoreApplication::applicationName() + u' ' + QCoreApplication::applicationVersion();
 }
 
 } // namespace orvia

@@ -1,10 +1,9 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
-
-#include <optional>
 
 namespace orvia {
 
@@ -14,17 +13,21 @@ struct LaunchOptions {
         run,
         printHelp,
         printVersion,
-        refuse, ///< the arguments make no sense; @c text says why, in one line
+        refuse, ///< the arguments make no sense; @c refusal says why
     };
 
     Action action = Action::run;
-    QString text;              ///< the help, the version, or the reason, ready to be printed
+    QString refusal;           ///< one line, ready to be printed
     QString configurationFile; ///< empty when none is named
-    std::optional<QUrl> link;  ///< to be opened once the program runs
+    QList<QUrl> links;         ///< to be opened once the program runs: none or one
 
     /// Reads @p arguments, the program's own name first. Whether the configuration file exists and can be
     /// read is part of the answer: a mistyped name must not lead to another service than the one meant.
     static LaunchOptions parse(const QStringList& arguments);
+
+    /// The help and the version, ready to be printed. Need an application object.
+    static QString helpText();
+    static QString versionText();
 };
 
 } // namespace orvia

@@ -5,7 +5,6 @@
 #include "AppIdentity.h"
 #include "Keychain/Keychain.h"
 #include "Platform/Appearance.h"
-#include "Platform/ApplicationService.h"
 #include "PushManager.h"
 #include "Session/DefaultsStore.h"
 #include "Session/Session.h"
@@ -13,38 +12,40 @@
 #include "Views/RootView.h"
 
 #include <QApplication>
-#include <QSocketNotifier>
+#include <QPointer>
 
-#include <csignal>
-
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace orvia {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr QSize defaultWindowSize(1080, 700);
 
-/// Written to by the signal handler, read by the event loop.
-int terminationSockets[2] = {-1, -1};
-
-void handleTermination(int)
+/// Whether the program runs for the bus alone: to take a message, until somebody asks for the window. A
+/// terminal that the bus started passes its environment on, but then a person typed the command.
+bool runsInBackground(const QList<QUrl>& links)
 {
-    // Only what POSIX allows in a handler: one byte wakes the event loop.
-    const char byte = 1;
-    [[maybe_unused]] const ssize_t written = write(terminationSockets[0], &byte, sizeof byte);
+    return ApplicationService::isStartedByBus() && links.isEmpty() && isatty(STDIN_FILENO) == 0;
 }
 
 } // namespace
 
 OrviaApp::OrviaApp()
-    : m_service(std::make_unique<ApplicationService>(AppIdentity::identifier))
+    : m_service(AppIdentity::identifier)
 {
-    connect(m_service.get(), &ApplicationService::activated, this, &OrviaApp::activate);
-    connect(m_service.get(), &ApplicationService::opened, this,
+    // Before the name is claimed: a message that makes the bus start this process comes with the name.
+    const QPointer<OrviaApp> self = this;
+    PushManager::shared().connectToDesktop({
+        .isFrontmost = [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; },
+        .bringToFront =
+            [self](const QString& activationToken) {
+                if (self)
+                    self->activate(activationToken);
+            },
+    });
+    connect(&m_service, &ApplicationService::activated, this, &OrviaApp::activate);
+    connect(&m_service, &ApplicationService::opened, this,
             [this](const QStringList& links, const QString& activationToken) {
                 for (const QString& link : links)
                     openLink(QUrl(link));
@@ -54,37 +55,25 @@ OrviaApp::OrviaApp()
 
 OrviaApp::~OrviaApp() = default;
 
-bool OrviaApp::start(const std::optional<QUrl>& link)
+bool OrviaApp::start(const QList<QUrl>& links)
 {
-    // Push messages come as soon as the name is claimed, so whoever takes them is there before.
-    PushManager::shared().connectToDesktop(
-        {.isFrontmost = [] { return QApplication::activeWindow() != nullptr; },
-         .bringToFront = [this](const QString& activationToken) { activate(activationToken); }});
-    const QStringList links = link ? QStringList{link->toString(QUrl::FullyEncoded)} : QStringList();
-    if (m_service->start(links) == ApplicationService::Start::handedOver)
+    if (m_service.start(QUrl::toStringList(links, QUrl::FullyEncoded))
+        == ApplicationService::Start::handedOver)
         return false;
-    followAppearance();
-    buildConsole();
-    if (!ApplicationService::isStartedByBus())
-        activate();
-    if (link)
-        openLink(*link);
+    m_appearance = std::make_unique<Appearance>();
+    connect(m_appearance.get(), &Appearance::changed, this, &OrviaApp::followAppearance);
+    open();
+    for (const QUrl& link : links)
+        openLink(link);
+    if (runsInBackground(links))
+        m_session->bootstrap();
+    else
+        activate({});
     return true;
 }
 
-void OrviaApp::followAppearance()
-{
-    m_appearance = std::make_unique<Appearance>();
-    const auto follow = [this] {
-        const std::optional<Appearance::Scheme> scheme = m_appearance->preferred();
-        Theme::shared().setDesktopAppearance(scheme ? std::optional(*scheme == Appearance::Scheme::dark)
-                                                    : std::nullopt);
-    };
-    connect(m_appearance.get(), &Appearance::changed, this, follow);
-    follow();
-}
-
-void OrviaApp::buildConsole()
+/// The session comes after the place on the desktop, so that a second start does not ask the keyring.
+void OrviaApp::open()
 {
     m_urlSession = std::make_unique<NetworkSession>();
     m_defaults = std::make_unique<DefaultsStore>();
@@ -95,45 +84,63 @@ void OrviaApp::buildConsole()
                                                                  .baseURL = AppConfig::apiBaseURL()});
     m_window = std::make_unique<RootView>(*m_session);
     m_window->resize(defaultWindowSize);
+    connect(m_session.get(), &Session::tokenChanged, this, &OrviaApp::followSignIn);
+    connect(m_session.get(), &Session::agentChanged, this, &OrviaApp::followSignIn);
+    connect(m_session.get(), &Session::isLoadingListChanged, this, &OrviaApp::followInbox);
+    followSignIn();
 }
 
 void OrviaApp::activate(const QString& activationToken)
 {
-    if (!m_window)
-        return;
-    // Qt hands the token of the environment on to the compositor.
+    // The toolkit takes the token from where the desktop puts it for a program that it starts.
     if (!activationToken.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
-    if (m_window->isMinimized())
-        m_window->showNormal();
-    else
+    if (!m_window->isVisible()) {
         m_window->show();
-    m_window->raise();
+    } else {
+        if (m_window->isMinimized())
+            m_window->showNormal();
+        m_window->raise();
+    }
     m_window->activateWindow();
 }
 
-void OrviaApp::openLink(const QUrl& url)
+void OrviaApp::openLink(const QUrl& link)
 {
-    if (m_window)
-        m_window->openLink(url);
+    if (!RootView::conversationId(link))
+        return;
+    // A remembered token may be refused yet; then the link waits for the sign-in that follows.
+    if (!m_isEstablished)
+        m_waitingLink = link;
+    if (m_isSignedIn)
+        m_window->openLink(link);
 }
 
-void OrviaApp::quitOnTermination()
+void OrviaApp::followSignIn()
 {
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, terminationSockets) != 0)
+    const bool isSignedIn = m_session->token() && m_session->agent();
+    if (isSignedIn == m_isSignedIn)
         return;
-    auto* notifier = new QSocketNotifier(terminationSockets[1], QSocketNotifier::Read, qApp);
-    connect(notifier, &QSocketNotifier::activated, qApp, [notifier] {
-        notifier->setEnabled(false);
-        QCoreApplication::exit(0);
-    });
-    struct sigaction action = {};
-    action.sa_handler = handleTermination;
-    sigemptyset(&action.sa_mask);
-    action.sa_flags = SA_RESTART;
-    sigaction(SIGTERM, &action, nullptr);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGHUP, &action, nullptr);
+    m_isSignedIn = isSignedIn;
+    m_isEstablished = false;
+    if (isSignedIn && m_waitingLink)
+        m_window->openLink(*m_waitingLink);
+}
+
+void OrviaApp::followInbox()
+{
+    if (m_session->isLoadingList() || !m_isSignedIn)
+        return;
+    m_isEstablished = true;
+    m_waitingLink.reset();
+}
+
+void OrviaApp::followAppearance()
+{
+    using Scheme = Appearance::Scheme;
+    const std::optional<Scheme> preferred = m_appearance->preferred();
+    Theme::shared().setDesktopAppearance(preferred ? std::optional(*preferred == Scheme::dark)
+                                                   : std::nullopt);
 }
 
 } // namespace orvia

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/ApplicationService.h"
+
 #include <QObject>
 #include <QUrl>
 
@@ -9,47 +11,47 @@
 namespace orvia {
 
 class Appearance;
-class ApplicationService;
 class DefaultsStore;
 class Keychain;
 class NetworkSession;
 class RootView;
 class Session;
 
-/// The application: the one session with what it is built from, the one window, and what connects them to the
-/// desktop. Made after the application object; lives as long as the process.
+/// The application: its place on the desktop, the one session with what it is built from, and the one window.
+/// Made after the application object and after the configuration file is known; lives as long as the process.
 class OrviaApp : public QObject {
     Q_OBJECT
 
 public:
+    /// Connects to the desktop. Pushes can arrive from here on.
     OrviaApp();
     ~OrviaApp() override;
 
-    /// Builds the session and shows the window, and opens @p link. False when another instance of the user's
-    /// has taken the request over; nothing is built then, and the process should end. Comes after the
-    /// configuration file is known.
-    bool start(const std::optional<QUrl>& link);
+    /// Takes the user's one place on the desktop and shows the window, or hands @p links to the instance that
+    /// has it; false then, and the process may end.
+    bool start(const QList<QUrl>& links);
 
-    /// Shows the window and brings it to the front. The token, which may be empty, is the desktop's
-    /// permission.
-    void activate(const QString& activationToken = {});
-    /// Opens an orvia: link.
-    void openLink(const QUrl& url);
-
-    /// Ends the event loop with status 0 when the process is asked to terminate.
-    static void quitOnTermination();
+    /// The one session; null before a start that did not hand over.
+    Session* session() const { return m_session.get(); }
 
 private:
+    void open();
+    void activate(const QString& activationToken);
+    void openLink(const QUrl& link);
+    void followSignIn();
+    void followInbox();
     void followAppearance();
-    void buildConsole();
 
-    std::unique_ptr<ApplicationService> m_service;
+    ApplicationService m_service;
     std::unique_ptr<Appearance> m_appearance;
     std::unique_ptr<NetworkSession> m_urlSession;
     std::unique_ptr<DefaultsStore> m_defaults;
     std::unique_ptr<Keychain> m_keychain;
     std::unique_ptr<Session> m_session;
     std::unique_ptr<RootView> m_window;
+    std::optional<QUrl> m_waitingLink; ///< to be opened by the next sign-in
+    bool m_isSignedIn = false;         ///< there are a token and an agent
+    bool m_isEstablished = false;      ///< the service has accepted the token since the sign-in
 };
 
 } // namespace orvia

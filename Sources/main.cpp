@@ -2,61 +2,70 @@
 #include "AppIdentity.h"
 #include "LaunchOptions.h"
 #include "OrviaApp.h"
+#include "Platform/TerminationSignals.h"
 #include "Theme/Theme.h"
 
 #include <QApplication>
+#include <QNetworkProxyFactory>
 
-#include <algorithm>
 #include <cstdio>
-#include <cstring>
+
+namespace {
 
 using namespace Qt::StringLiterals;
 using orvia::LaunchOptions;
 
-namespace {
+constexpr int usageError = 2;
 
-/// Prints what the command line asked for. Answers the exit status, or nothing when the program is to run.
-std::optional<int> printed(const LaunchOptions& options)
+/// Whether the program's window is wanted, as far as that can be told without a display. The toolkit's own
+/// options, such as -platform or the -session of a session manager, are known to the application object
+/// alone.
+bool wantsWindow(int argc, char** argv)
 {
-    if (options.action == LaunchOptions::Action::run)
-        return std::nullopt;
-    const bool refused = options.action == LaunchOptions::Action::refuse;
-    std::fprintf(refused ? stderr : stdout, "%s\n", qUtf8Printable(options.text));
-    return refused ? 2 : 0;
+    QStringList arguments;
+    for (int index = 0; index < argc; ++index) {
+        const QString argument = QString::fromLocal8Bit(argv[index]);
+        if (argument.startsWith(u'-') && !argument.startsWith("--"_L1) && argument.size() > 2)
+            return true;
+        arguments.append(argument);
+    }
+    return LaunchOptions::parse(arguments).action == LaunchOptions::Action::run;
 }
 
-/// Whether the arguments ask for text only, which must work without a display.
-bool asksForText(int argc, char** argv)
+/// Prints what the command line asked for in place of the window, and answers the exit status.
+int print(const LaunchOptions& options)
 {
-    return std::any_of(argv + 1, argv + argc, [](const char* argument) {
-        const char* const names[] = {"-h", "--help", "--help-all", "-v", "--version"};
-        return std::any_of(std::begin(names), std::end(names),
-                           [argument](const char* name) { return std::strcmp(name, argument) == 0; });
-    });
+    if (options.action == LaunchOptions::Action::refuse) {
+        std::fprintf(stderr, "%s\n", qPrintable(options.refusal));
+        return usageError;
+    }
+    const bool isHelp = options.action == LaunchOptions::Action::printHelp;
+    std::printf("%s\n", qPrintable(isHelp ? LaunchOptions::helpText() : LaunchOptions::versionText()));
+    return 0;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    QCoreApplication::setApplicationName(u"orvia"_s);
+    QCoreApplication::setApplicationName(orvia::AppIdentity::directory);
     QCoreApplication::setApplicationVersion(u"" ORVIA_VERSION ""_s);
     QGuiApplication::setDesktopFileName(orvia::AppIdentity::identifier);
-    if (asksForText(argc, argv)) {
+    if (!wantsWindow(argc, argv)) {
         const QCoreApplication application(argc, argv);
-        return printed(LaunchOptions::parse(QCoreApplication::arguments())).value_or(0);
+        return print(LaunchOptions::parse(QCoreApplication::arguments()));
     }
 
+    orvia::TerminationSignals::watch();
     QApplication application(argc, argv);
+    orvia::TerminationSignals::quitOnArrival(application);
     const LaunchOptions options = LaunchOptions::parse(QCoreApplication::arguments());
-    if (const std::optional<int> status = printed(options))
-        return *status;
+    if (options.action != LaunchOptions::Action::run)
+        return print(options);
     if (!options.configurationFile.isEmpty())
         orvia::AppConfig::setConfigurationFile(options.configurationFile);
-    orvia::OrviaApp::quitOnTermination();
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
     orvia::Theme::shared().apply(application);
     orvia::OrviaApp console;
-    if (!console.start(options.link))
-        return 0;
-    return QApplication::exec();
+    return console.start(options.links) ? QApplication::exec() : 0;
 }

@@ -89,19 +89,19 @@ TEST(LaunchOptionsTest, UnderstandsTheCommandLine)
         {{u"--config"_s, u"/"_s}, Action::refuse},
         {{u"--unknown"_s}, Action::refuse},
         {{u"orvia://conversation/a"_s, u"orvia://conversation/b"_s}, Action::refuse},
+        {{u"https://example.org/"_s}, Action::run}, // a link, which opens nothing
+        {{u"conversation"_s}, Action::refuse},
     };
     for (const auto& [arguments, action] : lines) {
         const LaunchOptions options = LaunchOptions::parse(QStringList{u"orvia"_s} + arguments);
         EXPECT_EQ(options.action, action) << arguments.join(u' ').toStdString();
-        EXPECT_EQ(options.text.isEmpty(), action == Action::run);
-        if (action == Action::refuse) {
-            EXPECT_FALSE(options.text.contains(u'\n')) << "a refusal is one line";
-        }
+        EXPECT_EQ(options.refusal.isEmpty(), action != Action::refuse);
+        EXPECT_FALSE(options.refusal.contains(u'\n')) << "a refusal is one line";
     }
     const LaunchOptions both =
         LaunchOptions::parse({u"orvia"_s, u"--config"_s, file.fileName(), u"orvia://conversation/abc"_s});
     EXPECT_EQ(both.configurationFile, file.fileName());
-    EXPECT_EQ(both.link, QUrl(u"orvia://conversation/abc"_s));
+    EXPECT_EQ(both.links, QList{QUrl(u"orvia://conversation/abc"_s)});
 }
 
 } // namespace orvia::test

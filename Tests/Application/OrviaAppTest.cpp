@@ -1,0 +1,166 @@
+#include "OrviaApp.h"
+#include "AppConfig.h"
+#include "AppIdentity.h"
+#include "ConsoleFixture.h"
+#include "Platform/FakePortal.h"
+#include "Platform/PrivateFile.h"
+#include "Session/DefaultsStore.h"
+#include "Session/Session.h"
+#include "Support/BusPeers.h"
+#include "Theme/Theme.h"
+#include "Views/LoginView.h"
+#include "Views/RootView.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QTimer>
+
+/// The application inside this process, so that somebody can sign in and the window can be looked at. The
+/// service of a process is fixed at its first use, so these tests share one.
+namespace orvia::test {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class OrviaAppTest : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        bus = std::make_unique<PrivateBus>();
+        service = std::make_unique<demo::DemoService>();
+        ASSERT_TRUE(service->listen());
+        const QString file = bus->directory() + "/console.conf"_L1;
+        PrivateFile(file).write("APIBaseURL=" + service->origin().toEncoded() + '\n');
+        AppConfig::setConfigurationFile(file);
+    }
+
+    static void TearDownTestSuite()
+    {
+        service.reset();
+        bus.reset();
+    }
+
+    void SetUp() override
+    {
+        service->clearJournal();
+        storage.remove(AppIdentity::identifier, u"agentToken"_s);
+        DefaultsStore().remove(u"cachedIdentity"_s);
+    }
+
+    static RootView* window()
+    {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* root = qobject_cast<RootView*>(widget))
+                return root;
+        }
+        return nullptr;
+    }
+
+    static LoginView* signInScreen() { return qobject_cast<LoginView*>(window()->screen()); }
+
+    static void signIn()
+    {
+        const auto fields = signInScreen()->findChildren<QLineEdit*>();
+        for (QLineEdit* field : fields)
+            field->setText(field->accessibleName() == "Email"_L1 ? u"mara@tessaly.example"_s
+                                                                 : demo::DemoService::password());
+        Q_EMIT fields.last()->returnPressed();
+    }
+
+    static qsizetype timesOpened(const QString& id)
+    {
+        return std::ranges::count(service->requests(), "/v1/agent/conversations/"_L1 + id,
+                                  &demo::Request::path);
+    }
+
+    inline static std::unique_ptr<PrivateBus> bus;
+    inline static std::unique_ptr<demo::DemoService> service;
+    PrivateFileStorage storage{bus->dataHome() + "/orvia/keychain"_L1};
+};
+
+TEST_F(OrviaAppTest, ALinkIsOpenedAfterTheSignIn)
+{
+    OrviaApp application;
+    ASSERT_TRUE(application.start({QUrl(u"orvia://conversation/helen-brandt"_s)}));
+    ASSERT_NE(signInScreen(), nullptr);
+    EXPECT_TRUE(window()->isVisible());
+    signIn();
+    EXPECT_TRUE(waitUntil([] { return timesOpened(u"helen-brandt"_s) > 0; }));
+}
+
+TEST_F(OrviaAppTest, ALinkSurvivesARefusedToken)
+{
+    {
+        OrviaApp application;
+        ASSERT_TRUE(application.start({}));
+        signIn();
+        ASSERT_TRUE(waitUntil([] { return DefaultsStore().data(u"cachedIdentity"_s).has_value(); }));
+    }
+    storage.add("stale", AppIdentity::identifier, u"agentToken"_s);
+    service->clearJournal();
+
+    OrviaApp application;
+    ASSERT_TRUE(application.start({QUrl(u"orvia://conversation/helen-brandt"_s)}));
+    ASSERT_EQ(signInScreen(), nullptr);
+    ASSERT_TRUE(waitUntil([] { return signInScreen() != nullptr; }));
+    service->clearJournal();
+    signIn();
+    EXPECT_TRUE(waitUntil([] { return timesOpened(u"helen-brandt"_s) > 0; }));
+}
+
+TEST_F(OrviaAppTest, ALinkIsNotOpenedForTheNextAgentToo)
+{
+    OrviaApp application;
+    ASSERT_TRUE(application.start({QUrl(u"orvia://conversation/helen-brandt"_s)}));
+    signIn();
+    ASSERT_TRUE(waitUntil([] { return timesOpened(u"helen-brandt"_s) > 0 && !service->frames().empty(); }));
+    application.session()->logout();
+    ASSERT_NE(signInScreen(), nullptr);
+    service->clearJournal();
+    signIn();
+    ASSERT_TRUE(waitUntil([] { return !service->frames().empty(); }));
+    EXPECT_EQ(timesOpened(u"helen-brandt"_s), 0);
+}
+
+TEST_F(OrviaAppTest, TheDesktopBringsTheWindowBack)
+{
+    ScopedEnvironment environment;
+    environment.unset("XDG_ACTIVATION_TOKEN");
+    OrviaApp application;
+    ASSERT_TRUE(application.start({}));
+    window()->showMinimized();
+    BusConnection desktop(*bus);
+    QDBusMessage call = QDBusMessage::createMethodCall(AppIdentity::identifier, u"/io/tessaly/Orvia"_s,
+                                                       u"org.freedesktop.Application"_s, u"Activate"_s);
+    call << QVariantMap{{u"activation-token"_s, u"leave to come to the front"_s}};
+    desktop.connection().asyncCall(call);
+    EXPECT_TRUE(waitUntil([] { return !window()->isMinimized(); }));
+    EXPECT_TRUE(window()->isVisible());
+    EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "leave to come to the front");
+}
+
+TEST_F(OrviaAppTest, TheDesktopChoosesTheAppearance)
+{
+    constexpr uint dark = 1;
+    constexpr uint light = 2;
+    FakePortal portal(*bus, dark, false);
+    OrviaApp application;
+    ASSERT_TRUE(application.start({}));
+    EXPECT_TRUE(waitUntil([] { return Theme::shared().isDark(); }));
+    Q_EMIT portal.SettingChanged(u"org.freedesktop.appearance"_s, u"color-scheme"_s,
+                                 QDBusVariant(QVariant(light)));
+    EXPECT_TRUE(waitUntil([] { return !Theme::shared().isDark(); }));
+}
+
+TEST_F(OrviaAppTest, ClosingTheWindowEndsTheProgram)
+{
+    OrviaApp application;
+    ASSERT_TRUE(application.start({}));
+    QTimer::singleShot(0, window(), &QWidget::close);
+    EXPECT_EQ(QApplication::exec(), 0);
+}
+
+} // namespace
+
+} // namespace orvia::test
