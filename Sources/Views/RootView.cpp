@@ -7,7 +7,10 @@
 #include "Views/MainSplitView.h"
 #include "Views/Widgets/Sheet.h"
 
+#include <QAccessibleWidget>
+#include <QApplication>
 #include <QHelpEvent>
+#include <QMenu>
 #include <QPainter>
 #include <QToolTip>
 #include <QVBoxLayout>
@@ -16,11 +19,63 @@ namespace orvia {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// A window to assistive tools, which look for one to find what is below. A menu that is open in the window
+/// is among its children, wherever it was opened; Qt would list it nowhere.
+class WindowAccessible : public QAccessibleWidget {
+public:
+    explicit WindowAccessible(RootView* window)
+        : QAccessibleWidget(window, QAccessible::Window)
+    {
+    }
+
+    int childCount() const override
+    {
+        return QAccessibleWidget::childCount() + static_cast<int>(openMenus().size());
+    }
+
+    QAccessibleInterface* child(int index) const override
+    {
+        const int others = QAccessibleWidget::childCount();
+        return index < others ? QAccessibleWidget::child(index)
+                              : QAccessible::queryAccessibleInterface(openMenus().value(index - others));
+    }
+
+    int indexOfChild(const QAccessibleInterface* wanted) const override
+    {
+        const qsizetype menu = wanted ? openMenus().indexOf(qobject_cast<QWidget*>(wanted->object())) : -1;
+        return menu < 0 ? QAccessibleWidget::indexOfChild(wanted)
+                        : QAccessibleWidget::childCount() + static_cast<int>(menu);
+    }
+
+private:
+    QWidgetList openMenus() const
+    {
+        QWidgetList menus = QApplication::topLevelWidgets();
+        menus.removeIf([this](const QWidget* menu) {
+            return !qobject_cast<const QMenu*>(menu) || !menu->isVisible() || !menu->parentWidget()
+                   || menu->parentWidget()->window() != widget();
+        });
+        return menus;
+    }
+};
+
+QAccessibleInterface* makeAccessible(const QString&, QObject* object)
+{
+    auto* window = qobject_cast<RootView*>(object);
+    return window ? new WindowAccessible(window) : nullptr;
+}
+
+} // namespace
+
 RootView::RootView(Session& session, QWidget* parent)
     : QWidget(parent)
     , m_session(session)
     , m_banner(new BannerView(this))
 {
+    static const bool installed = (QAccessible::installFactory(makeAccessible), true);
+    Q_UNUSED(installed)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
     setWindowTitle(tr("Orvia"));

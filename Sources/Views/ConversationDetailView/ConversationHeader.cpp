@@ -101,9 +101,9 @@ ConversationHeaderBar::ConversationHeaderBar(QWidget* parent)
     , m_muted(new HeaderSymbol(u"bell-off"_s, headerIcon, ColorRole::textSecondary, this))
 {
     setFixedHeight(Metric::secondBand);
+    markAsStaticText(m_muted);
     m_muted->setAccessibleName(tr("Muted"));
     m_muted->setToolTip(tr("Muted"));
-    markAsStaticText(m_muted);
     // The assignment gives way first.
     m_snoozedText->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 

@@ -10,7 +10,11 @@ FilePicker desktopFilePicker()
         auto* dialog = new QFileDialog(parent);
         dialog->setAttribute(Qt::WA_DeleteOnClose);
         dialog->setFileMode(QFileDialog::ExistingFile);
-        QObject::connect(dialog, &QFileDialog::urlSelected, parent, std::move(picked));
+        // Qt's own dialogue, which stands where the desktop offers none, does not tell of the chosen URL.
+        QObject::connect(dialog, &QDialog::accepted, parent, [dialog, picked = std::move(picked)] {
+            for (const QUrl& file : dialog->selectedUrls())
+                picked(file);
+        });
         dialog->open();
     };
 }

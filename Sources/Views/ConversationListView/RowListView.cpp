@@ -1,20 +1,10 @@
 #include "Views/ConversationListView/RowListView.h"
 
-#include <QAccessible>
 #include <QScrollBar>
 
 #include <optional>
 
 namespace orvia {
-
-void RowListView::setModel(QAbstractItemModel* newModel)
-{
-    if (model())
-        disconnect(model(), &QAbstractItemModel::rowsMoved, this, &RowListView::tellMoved);
-    VirtualListView::setModel(newModel);
-    if (newModel)
-        connect(newModel, &QAbstractItemModel::rowsMoved, this, &RowListView::tellMoved);
-}
 
 void RowListView::keepPlace()
 {
@@ -75,24 +65,6 @@ void RowListView::selectionChanged(const QItemSelection& selected, const QItemSe
 {
     VirtualListView::selectionChanged(selected, deselected);
     viewport()->update();
-}
-
-/// Qt tells assistive tools of rows that come and go, but not of those that move; left alone, its table of
-/// the rows in use would name one by another's text.
-void RowListView::tellMoved(const QModelIndex&, int start, int end, const QModelIndex&, int row)
-{
-    if (!QAccessible::isActive())
-        return;
-    const auto tell = [this](QAccessibleTableModelChangeEvent::ModelChangeType type, int first, int last) {
-        QAccessibleTableModelChangeEvent event(this, type);
-        event.setFirstRow(first);
-        event.setLastRow(last);
-        QAccessible::updateAccessibility(&event);
-    };
-    const int count = end - start + 1;
-    const int target = row > end ? row - count : row;
-    tell(QAccessibleTableModelChangeEvent::RowsRemoved, start, end);
-    tell(QAccessibleTableModelChangeEvent::RowsInserted, target, target + count - 1);
 }
 
 } // namespace orvia

@@ -14,7 +14,6 @@ class RowListView : public VirtualListView {
 public:
     using VirtualListView::VirtualListView;
 
-    void setModel(QAbstractItemModel* model) override;
     /// Remembers the rows in sight before the model changes.
     void keepPlace();
     /// Scrolls so that most of them are again where they were. At the top, what is new comes into sight.
@@ -27,7 +26,6 @@ protected:
 
 private:
     void repaintHoverFrom(const QModelIndex& before);
-    void tellMoved(const QModelIndex& parent, int start, int end, const QModelIndex& target, int row);
 
     struct KeptRow {
         QPersistentModelIndex index;

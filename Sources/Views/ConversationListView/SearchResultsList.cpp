@@ -34,6 +34,15 @@ public:
     }
 };
 
+/// What the Tab key reaches before it would reach the widget.
+QWidget* tabStopBefore(QWidget* widget)
+{
+    QWidget* previous = widget->previousInFocusChain();
+    while (previous != widget && !(previous->focusPolicy() & Qt::TabFocus))
+        previous = previous->previousInFocusChain();
+    return previous;
+}
+
 } // namespace
 
 SearchResultsList::SearchResultsList(Session& session, TimeTick& tick, QWidget* parent)
@@ -66,6 +75,7 @@ void SearchResultsList::rebuild()
         row->deleteLater();
     }
     auto* column = static_cast<QVBoxLayout*>(m_contents->layout());
+    QWidget* previous = tabStopBefore(this);
     for (const SearchResult& result : m_session.searchResults()) {
         auto* row = new SearchResultButton(SearchResultRow::of(m_session, result), m_tick, m_contents);
         const auto number = m_rows.size();
@@ -79,6 +89,8 @@ void SearchResultsList::rebuild()
                 m_rows[number - 1]->update();
         });
         column->insertWidget(static_cast<int>(number), row);
+        // New widgets would come last of all in the window when the keyboard goes round.
+        setTabOrder(std::exchange(previous, row), row);
         m_rows.push_back(row);
     }
     if (!m_rows.empty())

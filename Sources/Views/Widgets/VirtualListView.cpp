@@ -1,6 +1,7 @@
 #include "Views/Widgets/VirtualListView.h"
 
 #include "Views/Widgets/FocusRing.h"
+#include "Views/Widgets/ListAccessibility.h"
 #include "Views/Widgets/ScrollArea.h"
 
 #include <QFocusEvent>
@@ -14,6 +15,7 @@ namespace orvia {
 VirtualListView::VirtualListView(QWidget* parent)
     : QListView(parent)
 {
+    installListAccessibility();
     setFrameShape(QFrame::NoFrame);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -319,6 +321,21 @@ void VirtualListView::focusInEvent(QFocusEvent* event)
                                           QItemSelectionModel::NoUpdate);
     QListView::focusInEvent(event);
     viewport()->update(visualRect(currentIndex()));
+    // Qt tells of the list's own focus after this; what has it is the row.
+    QMetaObject::invokeMethod(
+        this, [this] { tellFocusedRow(*this); }, Qt::QueuedConnection);
+}
+
+void VirtualListView::currentChanged(const QModelIndex& current, const QModelIndex& previous)
+{
+    QAbstractItemView::currentChanged(current, previous);
+    tellFocusedRow(*this);
+}
+
+void VirtualListView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected)
+{
+    QAbstractItemView::selectionChanged(selected, deselected);
+    tellChosenRows(*this, selected, deselected);
 }
 
 void VirtualListView::focusOutEvent(QFocusEvent* event)
