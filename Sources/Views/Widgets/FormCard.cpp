@@ -141,7 +141,7 @@ void FormRow::build(const QString& label, QWidget* control)
     auto* line = new QHBoxLayout(this);
     line->setContentsMargins(rowPadding, Spacing::xSmall, rowPadding, Spacing::xSmall);
     line->setSpacing(Spacing::medium);
-    auto* title = new Label(label);
+    auto* title = new ElidedLabel(label);
     line->addWidget(title);
     if (!m_value)
         line->addStretch(1);
