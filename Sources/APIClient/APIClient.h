@@ -34,16 +34,18 @@ public:
     [[nodiscard]] QCoro::Task<Conversation> closeConversation(QString id) const;
     [[nodiscard]] QCoro::Task<Conversation> openConversation(QString id) const;
     /// An absent @p agentId unassigns.
-    [[nodiscard]] QCoro::Task<Conversation> assign(QString conversationId, std::optional<QString> agentId) const;
+    [[nodiscard]] QCoro::Task<Conversation> assign(QString conversationId,
+                                                   std::optional<QString> agentId) const;
     /// An absent @p until ends a snooze.
-    [[nodiscard]] QCoro::Task<Conversation> snooze(QString conversationId, std::optional<Instant> until) const;
+    [[nodiscard]] QCoro::Task<Conversation> snooze(QString conversationId,
+                                                   std::optional<Instant> until) const;
     [[nodiscard]] QCoro::Task<void> setMuted(QString conversationId, bool muted) const;
     /// Sends a public reply, or an internal note that may mention agents; a reply carries no mentions.
     [[nodiscard]] QCoro::Task<Message> sendMessage(QString conversationId, QString body, bool note,
                                                    QStringList mentions) const;
     /// Posts the file as multipart/form-data (RFC 7578) and answers the message that carries it.
-    [[nodiscard]] QCoro::Task<Message> uploadAttachment(QString conversationId, QString fileName, QString mimeType,
-                                                        QByteArray data, bool note) const;
+    [[nodiscard]] QCoro::Task<Message> uploadAttachment(QString conversationId, QString fileName,
+                                                        QString mimeType, QByteArray data, bool note) const;
     [[nodiscard]] QCoro::Task<std::vector<CannedResponse>> canned(std::optional<QString> productId) const;
     [[nodiscard]] QCoro::Task<std::vector<SearchResult>> search(QString query, int limit) const;
     [[nodiscard]] QCoro::Task<std::vector<Conversation>> visitorConversations(QString email) const;
@@ -55,8 +57,8 @@ public:
     // Administration operations, under /v1/admin
 
     [[nodiscard]] QCoro::Task<std::vector<Agent>> adminAgents() const;
-    [[nodiscard]] QCoro::Task<void> adminCreateAgent(QString name, QString email, QString password, AgentRole role,
-                                                     QStringList productIds) const;
+    [[nodiscard]] QCoro::Task<void> adminCreateAgent(QString name, QString email, QString password,
+                                                     AgentRole role, QStringList productIds) const;
     /// Absent arguments stay as they are on the service.
     [[nodiscard]] QCoro::Task<void> adminUpdateAgent(QString id, std::optional<QStringList> productIds,
                                                      std::optional<AgentRole> role,

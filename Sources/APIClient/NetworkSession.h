@@ -13,8 +13,8 @@ namespace orvia {
 /// The shared HTTP machinery behind every client value: connections, TLS, proxy. Follows redirects within the
 /// origin only, verifies certificates, and bounds time and size of an answer. Main thread.
 ///
-/// Destroying it ends the requests under way as transport failures, so that the coroutines which wait for them
-/// run to their end.
+/// Destroying it ends the requests under way as transport failures, so that the coroutines which wait for
+/// them run to their end.
 class NetworkSession : public QObject {
     Q_OBJECT
 

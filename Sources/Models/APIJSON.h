@@ -38,7 +38,8 @@ struct JSONValueIgnored {
 
 /// The one JSON coder of the console: every response body, request body, socket frame and cached record.
 /// Reading is strict JSON (RFC 8259) in UTF-8, a byte order mark is ignored, with at most @c maxDocumentBytes
-/// and fewer than @c maxDepth levels; members that a record does not name are ignored. Instants are written with whole seconds. Both are thread-safe.
+/// and fewer than @c maxDepth levels; members that a record does not name are ignored. Instants are written
+/// with whole seconds. Both are thread-safe.
 namespace APIJSON {
 
 inline constexpr qsizetype maxDocumentBytes = 128 * 1024 * 1024;

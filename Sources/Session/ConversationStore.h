@@ -8,8 +8,8 @@
 
 namespace orvia {
 
-/// Conversations in inbox order, found by id at constant cost. Identifiers are unique; of several records with
-/// one id in a loaded page the lookup answers the first.
+/// Conversations in inbox order, found by id at constant cost. Identifiers are unique; of several records
+/// with one id in a loaded page the lookup answers the first.
 class ConversationStore {
 public:
     const std::vector<Conversation>& all() const { return m_conversations; }

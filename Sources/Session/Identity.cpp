@@ -65,7 +65,7 @@ std::vector<Agent> Session::agents(const QString& productId) const
     std::copy_if(m_assignableAgents.begin(), m_assignableAgents.end(), std::back_inserter(serving),
                  [&](const Agent& agent) {
                      return agent.role == AgentRole::admin
-                         || (agent.productIds && agent.productIds->contains(productId));
+                            || (agent.productIds && agent.productIds->contains(productId));
                  });
     QCollator collator;
     collator.setCaseSensitivity(Qt::CaseInsensitive);

@@ -2,7 +2,8 @@
 
 #include <QPointer>
 
-/// The inbox: filters, loading, the derived list, and the two merges through which everything else changes it.
+/// The inbox: filters, loading, the derived list, and the two merges through which everything else changes
+/// it.
 namespace orvia {
 
 using namespace Qt::StringLiterals;
@@ -114,7 +115,7 @@ bool Session::isListed(const Conversation& conversation, Instant instant) const
     if (!matchesQueue(conversation))
         return false;
     return m_statusFilter == ConversationStatus::closed || m_showSnoozed || !conversation.snoozedUntil
-        || *conversation.snoozedUntil <= instant;
+           || *conversation.snoozedUntil <= instant;
 }
 
 std::vector<const Conversation*> Session::filteredConversations() const
@@ -130,7 +131,8 @@ std::vector<const Conversation*> Session::filteredConversations() const
         return left.first != right.first ? left.first > right.first : left.second < right.second;
     });
     std::vector<const Conversation*> listed(dated.size());
-    std::transform(dated.begin(), dated.end(), listed.begin(), [](const auto& entry) { return entry.second; });
+    std::transform(dated.begin(), dated.end(), listed.begin(),
+                   [](const auto& entry) { return entry.second; });
     return listed;
 }
 

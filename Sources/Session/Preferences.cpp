@@ -54,7 +54,8 @@ QCoro::Task<void> Session::setMuted(QString conversationId, bool muted)
 
 bool Session::isMuted(const QString& conversationId) const
 {
-    return m_agent && m_agent->mutedConversationIds && m_agent->mutedConversationIds->contains(conversationId);
+    return m_agent && m_agent->mutedConversationIds
+           && m_agent->mutedConversationIds->contains(conversationId);
 }
 
 void Session::openFromDeepLink(const QString& conversationId)

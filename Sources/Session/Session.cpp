@@ -19,10 +19,9 @@ Session::Session(Collaborators collaborators, QObject* parent)
     , m_now(std::move(collaborators.now))
     , m_socket(std::make_unique<SocketClient>(collaborators.socketTimings))
     , m_typingClear(m_timings.typingClear, [this](const QString& id) { unmarkTyping(id); })
-    , m_previewClear(m_timings.previewClear,
-                     [this](const QString& id) {
-                         removeEntry(m_typingPreviews, id, &Session::typingPreviewChanged);
-                     })
+    , m_previewClear(
+          m_timings.previewClear,
+          [this](const QString& id) { removeEntry(m_typingPreviews, id, &Session::typingPreviewChanged); })
     , m_agentPreviewClear(m_timings.previewClear, [this](const QString& id) {
         removeEntry(m_agentPreviews, id, &Session::agentPreviewChanged);
     })

@@ -111,8 +111,8 @@ public:
     bool showSnoozed() const { return m_showSnoozed; }
     void setShowSnoozed(bool show);
     bool isLoadingList() const { return m_isLoadingList; }
-    /// The conversations that pass the filters at this instant, latest activity first. Computed on every read;
-    /// the pointers are valid until the inbox changes.
+    /// The conversations that pass the filters at this instant, latest activity first. Computed on every
+    /// read; the pointers are valid until the inbox changes.
     std::vector<const Conversation*> filteredConversations() const;
     /// Whether @p conversation passes the filters at @p instant.
     bool isListed(const Conversation& conversation, Instant instant) const;
@@ -218,7 +218,8 @@ private:
     void setEntry(QHash<QString, Value>& entries, const QString& id, std::type_identity_t<Value> value,
                   void (Session::*changed)(const QString&));
     template <class Value>
-    void removeEntry(QHash<QString, Value>& entries, const QString& id, void (Session::*changed)(const QString&));
+    void removeEntry(QHash<QString, Value>& entries, const QString& id,
+                     void (Session::*changed)(const QString&));
     template <class Value>
     void removeAllEntries(QHash<QString, Value>& entries, void (Session::*changed)(const QString&));
 
@@ -237,8 +238,8 @@ private:
     void replaceConversations(std::vector<Conversation> conversations);
     void removeAllThreads();
     void upsert(Conversation conversation);
-    /// Changes the conversation with this id in place, if it is in the inbox: @p change answers whether a field
-    /// has a different value now.
+    /// Changes the conversation with this id in place, if it is in the inbox: @p change answers whether a
+    /// field has a different value now.
     template <class Change>
     void changeConversation(const QString& id, Change change);
     void revealConversation(const Conversation& conversation);
@@ -300,7 +301,8 @@ private:
     QTimer m_bannerDismiss;
     QTimer m_sessionRetry;
     QTimer m_searchDebounce;
-    quint64 m_searchGeneration = 0; ///< raised by every cancelled search, so that a late answer is known as such
+    quint64 m_searchGeneration =
+        0; ///< raised by every cancelled search, so that a late answer is known as such
     KeyedTimers m_typingClear;
     KeyedTimers m_previewClear;
     KeyedTimers m_agentPreviewClear;

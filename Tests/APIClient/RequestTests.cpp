@@ -14,7 +14,7 @@ struct ThreadProbe {
     static inline std::atomic<int> onWorkers = 0;
 };
 
-bool readValue(const json::Element&, ThreadProbe&, json::Failure&)
+bool readValue(const json::Element&, ThreadProbe&, json::Context&)
 {
     const bool isMain = QThread::currentThread() == QCoreApplication::instance()->thread();
     ++(isMain ? ThreadProbe::onMainThread : ThreadProbe::onWorkers);

@@ -118,8 +118,9 @@ TEST(StrictJSON, AnEmbeddedNullSurvivesWriting)
 
 TEST(StrictJSON, HalfASurrogatePairIsNoCharacter)
 {
-    for (const char* literal : {R"("cut \ud83d")", R"("\ud83dx")", R"("\udc00x")", R"("\uD83D\u0041")", R"("\ud83d\n")",
-                                R"("\ud83d\ud83d\ude00")", R"("\ude00\ud83d")", R"("\ud83d\\ude00")"})
+    for (const char* literal :
+         {R"("cut \ud83d")", R"("\ud83dx")", R"("\udc00x")", R"("\uD83D\u0041")", R"("\ud83d\n")",
+          R"("\ud83d\ud83d\ude00")", R"("\ude00\ud83d")", R"("\ud83d\\ude00")"})
         EXPECT_EQ(bodyIn(literal), std::nullopt) << literal;
     EXPECT_EQ(bodyIn(R"("\\ud83d")"), u"\\ud83d"_s) << "an escaped backslash begins no escape";
 }

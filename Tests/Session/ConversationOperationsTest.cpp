@@ -6,7 +6,8 @@ using testing::ElementsAre;
 
 class ConversationOperationsTest : public SessionFixture {
 protected:
-    Session& start() {
+    Session& start()
+    {
         Conversation conversation = makeConversation(u"c1"_s);
         conversation.agentUnread = 3;
         scriptInbox({conversation});
@@ -83,12 +84,15 @@ TEST_F(ConversationOperationsTest, SendsTheTrimmedTextAndMergesTheMessageOnce)
     made.handle(echo);
     EXPECT_EQ(appended.count, 1);
     EXPECT_EQ(made.messages().thread(u"c1"_s).size(), 1U);
-    EXPECT_TRUE(holds(made, u"c1"_s, [](const Conversation& c) { return c.lastMessagePreview == u"It does."_s; }))
-        << "the inbox entry still takes the event";
+    EXPECT_TRUE(holds(made, u"c1"_s, [](const Conversation& c) {
+        return c.lastMessagePreview == u"It does."_s;
+    })) << "the inbox entry still takes the event";
 
-    service.answer("POST", path, answerOf(MessageResponse{makeMessage(u"m2"_s, u"c1"_s, MessageSender::note)}));
+    service.answer("POST", path,
+                   answerOf(MessageResponse{makeMessage(u"m2"_s, u"c1"_s, MessageSender::note)}));
     runTask(made.sendMessage(u"c1"_s, u"@Dana look"_s, true, {u"a2"_s}));
-    EXPECT_EQ(bodyOf(service.requests("POST", path), 1), R"({"body":"@Dana look","note":true,"mentions":["a2"]})");
+    EXPECT_EQ(bodyOf(service.requests("POST", path), 1),
+              R"({"body":"@Dana look","note":true,"mentions":["a2"]})");
 
     service.answer("POST", path, refusal(400, "Message is too long."));
     runTask(made.sendMessage(u"c1"_s, u"x"_s, false, {}));
@@ -102,7 +106,8 @@ struct Change {
     std::function<QCoro::Task<void>(Session&)> perform;
 };
 
-class ConversationChangeTest : public ConversationOperationsTest, public testing::WithParamInterface<Change> { };
+class ConversationChangeTest : public ConversationOperationsTest,
+                               public testing::WithParamInterface<Change> {};
 
 TEST_P(ConversationChangeTest, MergesTheAnswerAndNothingElse)
 {
@@ -122,7 +127,8 @@ TEST_P(ConversationChangeTest, MergesTheAnswerAndNothingElse)
     auto held = service.hold("POST", path);
     const auto outcome = startTask(change.perform(made));
     ASSERT_TRUE(waitUntil([&] { return held->isWaiting(); }));
-    EXPECT_EQ(*made.conversations().find(u"c1"_s), before) << "nothing changes before the service has answered";
+    EXPECT_EQ(*made.conversations().find(u"c1"_s), before)
+        << "nothing changes before the service has answered";
     held->answer(answerOf(ConversationResponse{answered}));
     ASSERT_TRUE(waitUntil([&] { return outcome->finished(); }));
     EXPECT_EQ(*made.conversations().find(u"c1"_s), answered);

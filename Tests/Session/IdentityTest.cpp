@@ -9,9 +9,10 @@ class IdentityTest : public SessionFixture {
 protected:
     void cacheIdentity(const QByteArray& json) { defaults.setData(json, u"cachedIdentity"_s); }
 
-    QByteArray identityOf(const Agent& agent) const {
+    QByteArray identityOf(const Agent& agent) const
+    {
         return "{\"agent\":" + APIJSON::encoder.encode(agent) + ",\"products\":["
-            + APIJSON::encoder.encode(products.front()) + "]}";
+               + APIJSON::encoder.encode(products.front()) + "]}";
     }
 };
 
@@ -41,7 +42,8 @@ TEST_F(IdentityTest, RestoresTheCachedIdentityOnlyWithAToken)
     EXPECT_EQ(made.products(), products);
     EXPECT_TRUE(service.requests().empty()) << "construction must not touch the network";
 
-    for (const QByteArray& damaged : {QByteArray("{\"agent\":"), QByteArray("[]"), QByteArray("\xff"), QByteArray()}) {
+    for (const QByteArray& damaged :
+         {QByteArray("{\"agent\":"), QByteArray("[]"), QByteArray("\xff"), QByteArray()}) {
         cacheIdentity(damaged);
         Session& clean = makeSession();
         EXPECT_EQ(clean.agent(), std::nullopt);
@@ -111,7 +113,7 @@ TEST_F(IdentityTest, HandsASignInFailureToItsCallerAndChangesNothing)
     EXPECT_TRUE(tokens.texts.isEmpty());
 }
 
-class RejectedTokenTest : public IdentityTest, public testing::WithParamInterface<int> { };
+class RejectedTokenTest : public IdentityTest, public testing::WithParamInterface<int> {};
 
 TEST_P(RejectedTokenTest, SignsOutWithABannerThatSurvives)
 {
@@ -150,7 +152,8 @@ TEST_F(IdentityTest, RetriesOtherFailuresOneAtATimeUntilOneSucceeds)
 
     scriptEstablishing();
     EXPECT_TRUE(waitUntil([&] { return made.socketConnected(); }));
-    EXPECT_THAT(banners, ElementsAre(u"gone"_s, u"Request failed (500)"_s, u"Could not decode server response"_s));
+    EXPECT_THAT(banners,
+                ElementsAre(u"gone"_s, u"Request failed (500)"_s, u"Could not decode server response"_s));
     EXPECT_EQ(service.requests("GET", "/v1/agent/me").size(), 4U);
     spinFor(timings.sessionRetry * 3);
     EXPECT_EQ(service.requests("GET", "/v1/agent/me").size(), 4U) << "no retry after a success";
@@ -209,7 +212,8 @@ TEST_F(IdentityTest, SignOutEmptiesWhatItShouldAndKeepsTheFilters)
     EXPECT_EQ(made.agent(), std::nullopt);
     EXPECT_TRUE(made.products().empty() && made.conversations().isEmpty() && made.assignableAgents().empty());
     EXPECT_TRUE(made.messages().thread(u"c1"_s).empty());
-    EXPECT_TRUE(made.typingPreviews().isEmpty() && made.viewers().isEmpty() && made.agentPreviews().isEmpty());
+    EXPECT_TRUE(made.typingPreviews().isEmpty() && made.viewers().isEmpty()
+                && made.agentPreviews().isEmpty());
     EXPECT_EQ(threads.count, 1);
     EXPECT_EQ(inbox.count, 1);
     EXPECT_EQ(made.selectedConversationId(), std::nullopt);
@@ -293,9 +297,11 @@ TEST_F(IdentityTest, TheChannelsStateIsTakenOncePerChange)
 
 TEST_F(IdentityTest, LooksUpAgentsAndProducts)
 {
-    teammates = {makeAgent(u"a3"_s, u"émile"_s), makeAgent(u"a4"_s, u"Zoe"_s, AgentRole::admin, std::nullopt),
+    teammates = {makeAgent(u"a3"_s, u"émile"_s),
+                 makeAgent(u"a4"_s, u"Zoe"_s, AgentRole::admin, std::nullopt),
                  makeAgent(u"a5"_s, u"Anna"_s, AgentRole::agent, QStringList{u"p2"_s}),
-                 makeAgent(u"a6"_s, u"Dana"_s), makeAgent(u"a7"_s, u"dana"_s),
+                 makeAgent(u"a6"_s, u"Dana"_s),
+                 makeAgent(u"a7"_s, u"dana"_s),
                  makeAgent(u"a8"_s, u"Nobody"_s, AgentRole::agent, std::nullopt)};
     scriptInbox({});
     Session& made = signIn();

@@ -20,7 +20,7 @@ TEST_F(InboxTest, AsksForBothPagesByQueueAndSnooze)
         std::sort(queries.begin(), queries.end());
         return queries;
     };
-    EXPECT_THAT(queriesAfter([] { }), ElementsAre("status=closed&includeSnoozed=true", "status=open"));
+    EXPECT_THAT(queriesAfter([] {}), ElementsAre("status=closed&includeSnoozed=true", "status=open"));
     EXPECT_THAT(queriesAfter([&] { made.setQueue(InboxQueue::mine); }),
                 ElementsAre("status=closed&assignee=me&includeSnoozed=true", "status=open&assignee=me"));
     EXPECT_THAT(queriesAfter([&] {

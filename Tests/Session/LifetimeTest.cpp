@@ -23,7 +23,7 @@ QCoro::Task<void> ignoreResult(QCoro::Task<std::vector<Conversation>> task)
     co_await task;
 }
 
-class LifetimeTest : public SessionFixture, public testing::WithParamInterface<Operation> { };
+class LifetimeTest : public SessionFixture, public testing::WithParamInterface<Operation> {};
 
 /// Destroys the session while the operation waits, then lets the wait end in @p answer.
 TEST_P(LifetimeTest, EndsQuietlyWhenTheSessionIsGone)
@@ -47,30 +47,30 @@ TEST_P(LifetimeTest, EndsQuietlyWhenTheSessionIsGone)
 
 INSTANTIATE_TEST_SUITE_P(
     Operations, LifetimeTest,
-    testing::Values(
-        Operation{"login", "POST", "/v1/agent/login", [](Session& s) { return s.login(u"a"_s, u"b"_s); }},
-        Operation{"refresh", "GET", "/v1/agent/conversations",
-                  [](Session& s) { return s.refreshConversations(); }},
-        Operation{"refresh, second page", "GET", "/v1/agent/conversations",
-                  [](Session& s) { return s.refreshConversations(); }, 1},
-        Operation{"teammates", "GET", "/v1/agent/teammates",
-                  [](Session& s) { return s.loadAssignableAgents(); }},
-        Operation{"detail", "GET", "/v1/agent/conversations/c1",
-                  [](Session& s) { return s.loadConversation(u"c1"_s); }},
-        Operation{"canned", "GET", "/v1/agent/canned",
-                  [](Session& s) { return ignoreResult(s.loadCanned(u"p1"_s)); }},
-        Operation{"message", "POST", "/v1/agent/conversations/c1/messages",
-                  [](Session& s) { return s.sendMessage(u"c1"_s, u"x"_s, true, {}); }},
-        Operation{"assign", "POST", "/v1/agent/conversations/c1/assign",
-                  [](Session& s) { return s.assign(u"c1"_s, std::nullopt); }},
-        Operation{"close", "POST", "/v1/agent/conversations/c1/close",
-                  [](Session& s) { return s.setStatus(ConversationStatus::closed, u"c1"_s); }},
-        Operation{"history", "GET", "/v1/agent/visitors/conversations",
-                  [](Session& s) { return ignoreResult(s.visitorConversations(u"a@b"_s)); }},
-        Operation{"mode", "PATCH", "/v1/agent/me/preferences",
-                  [](Session& s) { return s.setNotifyMode(NotifyMode::mine); }},
-        Operation{"mute", "POST", "/v1/agent/conversations/c1/mute",
-                  [](Session& s) { return s.setMuted(u"c1"_s, true); }}),
+    testing::Values(Operation{"login", "POST", "/v1/agent/login",
+                              [](Session& s) { return s.login(u"a"_s, u"b"_s); }},
+                    Operation{"refresh", "GET", "/v1/agent/conversations",
+                              [](Session& s) { return s.refreshConversations(); }},
+                    Operation{"refresh, second page", "GET", "/v1/agent/conversations",
+                              [](Session& s) { return s.refreshConversations(); }, 1},
+                    Operation{"teammates", "GET", "/v1/agent/teammates",
+                              [](Session& s) { return s.loadAssignableAgents(); }},
+                    Operation{"detail", "GET", "/v1/agent/conversations/c1",
+                              [](Session& s) { return s.loadConversation(u"c1"_s); }},
+                    Operation{"canned", "GET", "/v1/agent/canned",
+                              [](Session& s) { return ignoreResult(s.loadCanned(u"p1"_s)); }},
+                    Operation{"message", "POST", "/v1/agent/conversations/c1/messages",
+                              [](Session& s) { return s.sendMessage(u"c1"_s, u"x"_s, true, {}); }},
+                    Operation{"assign", "POST", "/v1/agent/conversations/c1/assign",
+                              [](Session& s) { return s.assign(u"c1"_s, std::nullopt); }},
+                    Operation{"close", "POST", "/v1/agent/conversations/c1/close",
+                              [](Session& s) { return s.setStatus(ConversationStatus::closed, u"c1"_s); }},
+                    Operation{"history", "GET", "/v1/agent/visitors/conversations",
+                              [](Session& s) { return ignoreResult(s.visitorConversations(u"a@b"_s)); }},
+                    Operation{"mode", "PATCH", "/v1/agent/me/preferences",
+                              [](Session& s) { return s.setNotifyMode(NotifyMode::mine); }},
+                    Operation{"mute", "POST", "/v1/agent/conversations/c1/mute",
+                              [](Session& s) { return s.setMuted(u"c1"_s, true); }}),
     [](const auto& parameter) {
         std::string name = parameter.param.name;
         std::erase_if(name, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });
@@ -99,7 +99,8 @@ TEST_F(SessionFixture, TheEstablishingSequenceStopsAtEveryStep)
                                             : ScriptedAnswer::json("{}"));
         EXPECT_TRUE(waitUntil([&] { return outcome->finished(); }));
         spinFor(20ms);
-        EXPECT_LE(service.requests().size(), before + 1) << "nothing more is asked for a session that is gone";
+        EXPECT_LE(service.requests().size(), before + 1)
+            << "nothing more is asked for a session that is gone";
     }
 }
 

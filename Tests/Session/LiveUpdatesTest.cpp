@@ -8,7 +8,8 @@ using testing::ElementsAre;
 class LiveUpdatesTest : public SessionFixture {
 protected:
     /// A signed-in session with c1 in its inbox, fed through the real channel.
-    Session& start() {
+    Session& start()
+    {
         scriptInbox({makeConversation(u"c1"_s, 30), makeConversation(u"c2"_s, 20)});
         Session& made = connectLive();
         made.socket().onSend = [this](const QString& text) { sent.append(text); };
@@ -16,16 +17,19 @@ protected:
     }
 
     /// Sends a frame from the service and waits until the session has taken it.
-    void receive(const QByteArray& frame) {
+    void receive(const QByteArray& frame)
+    {
         service.channel()->sendText(QString::fromUtf8(frame));
         // Frames are applied in order, so that the mark of a later one says that this one is done.
         const QString marker = u"marker%1"_s.arg(++m_markers);
         service.channel()->sendText(
-            u"{\"type\":\"viewers\",\"conversationId\":\"%1\",\"agents\":[{\"id\":\"v\",\"name\":\"V\"}]}"_s.arg(marker));
+            u"{\"type\":\"viewers\",\"conversationId\":\"%1\",\"agents\":[{\"id\":\"v\",\"name\":\"V\"}]}"_s
+                .arg(marker));
         ASSERT_TRUE(waitUntil([&] { return session->viewers().contains(marker); }));
     }
 
-    void receiveMessage(const Message& message, const QByteArray& members = {}) {
+    void receiveMessage(const Message& message, const QByteArray& members = {})
+    {
         receive("{\"type\":\"message\"" + members + ",\"message\":" + APIJSON::encoder.encode(message) + "}");
     }
 
@@ -87,7 +91,8 @@ TEST_F(LiveUpdatesTest, APreviewNamesTheAttachmentOfAMessageWithoutText)
     message.id = u"m2"_s;
     message.attachment.reset();
     receiveMessage(message);
-    EXPECT_TRUE(holds(made, u"c1"_s, [](const Conversation& c) { return c.lastMessagePreview == QString(u""_s); }));
+    EXPECT_TRUE(
+        holds(made, u"c1"_s, [](const Conversation& c) { return c.lastMessagePreview == QString(u""_s); }));
 }
 
 TEST_F(LiveUpdatesTest, TypingMarksComeAndGo)
@@ -132,10 +137,12 @@ TEST_F(LiveUpdatesTest, ARestartedMarkIsNotClearedByTheOlderTimer)
 TEST_F(LiveUpdatesTest, KeepsTheLatestTeammatesDraft)
 {
     Session& made = start();
-    receive(R"({"type":"typing","conversationId":"c1","from":"agent","agentId":"a1","agentName":"Me","preview":"x"})");
+    receive(
+        R"({"type":"typing","conversationId":"c1","from":"agent","agentId":"a1","agentName":"Me","preview":"x"})");
     receive(R"({"type":"typing","conversationId":"c1","from":"agent","preview":"x"})");
     EXPECT_TRUE(made.agentPreviews().isEmpty()) << "one's own typing and a nameless one are nothing";
-    receive(R"({"type":"typing","conversationId":"c1","from":"agent","agentId":"a2","agentName":"Dana","preview":"The"})");
+    receive(
+        R"({"type":"typing","conversationId":"c1","from":"agent","agentId":"a2","agentName":"Dana","preview":"The"})");
     receive(R"({"type":"typing","conversationId":"c1","from":"agent","agentId":"a3","preview":"No"})");
     EXPECT_EQ(made.agentPreviews().value(u"c1"_s), (AgentDraft{u"a3"_s, {}, u"No"_s}));
     receive(R"({"type":"typing","conversationId":"c1","from":"agent","agentId":"a2","preview":""})");
@@ -151,8 +158,9 @@ TEST_F(LiveUpdatesTest, KeepsTheLatestTeammatesDraft)
 TEST_F(LiveUpdatesTest, ViewersLeaveOutOneselfAndRepeats)
 {
     Session& made = start();
-    receive(R"({"type":"viewers","conversationId":"c1","agents":[{"id":"a2","name":"Dana"},{"id":"a1","name":"Me"},)"
-            R"({"id":"a2","name":"Again"},{"id":"a3","name":""}]})");
+    receive(
+        R"({"type":"viewers","conversationId":"c1","agents":[{"id":"a2","name":"Dana"},{"id":"a1","name":"Me"},)"
+        R"({"id":"a2","name":"Again"},{"id":"a3","name":""}]})");
     EXPECT_THAT(made.viewers().value(u"c1"_s),
                 ElementsAre(ViewerAgent{u"a2"_s, u"Dana"_s}, ViewerAgent{u"a3"_s, u""_s}));
     receive(R"({"type":"viewers","conversationId":"c1","agents":[{"id":"a1","name":"Me"}]})");
@@ -172,7 +180,7 @@ TEST_F(LiveUpdatesTest, ReadMarksGoToTheirSide)
     receive(R"({"type":"read","conversationId":"c9","by":"visitor"})");
     EXPECT_TRUE(holds(made, u"c1"_s, [](const Conversation& c) {
         return c.visitorLastReadAt == instantFromISO8601("2026-01-02T03:04:05Z")
-            && c.agentLastReadAt == instantFromISO8601("2026-01-02T03:04:06Z");
+               && c.agentLastReadAt == instantFromISO8601("2026-01-02T03:04:06Z");
     }));
     EXPECT_TRUE(holds(made, u"c2"_s, [](const Conversation& c) {
         return !c.visitorLastReadAt && c.agentLastReadAt && *c.agentLastReadAt > minutesAgo(1);

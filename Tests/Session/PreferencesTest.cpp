@@ -6,7 +6,8 @@ using testing::ElementsAre;
 
 class PreferencesTest : public SessionFixture {
 protected:
-    Session& start() {
+    Session& start()
+    {
         scriptInbox({makeConversation(u"c1"_s)});
         return signIn();
     }

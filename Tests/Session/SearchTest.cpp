@@ -6,16 +6,19 @@ using testing::ElementsAre;
 
 class SearchTest : public SessionFixture {
 protected:
-    Session& start() {
+    Session& start()
+    {
         scriptInbox({makeConversation(u"c1"_s)});
         return signIn();
     }
 
-    static SearchResult hit(Conversation conversation) {
+    static SearchResult hit(Conversation conversation)
+    {
         return {std::move(conversation), u"the grinder"_s, std::nullopt};
     }
 
-    std::vector<QByteArray> queries() const {
+    std::vector<QByteArray> queries() const
+    {
         std::vector<QByteArray> all;
         for (const ReceivedRequest& request : service.requests("GET", "/v1/agent/search"))
             all.push_back(request.query());

@@ -32,7 +32,8 @@ Conversation makeConversation(const QString& id, int minutes)
     return conversation;
 }
 
-Message makeMessage(const QString& id, const QString& conversationId, MessageSender sender, const QString& body)
+Message makeMessage(const QString& id, const QString& conversationId, MessageSender sender,
+                    const QString& body)
 {
     Message message;
     message.id = id;
@@ -98,16 +99,15 @@ void SessionFixture::scriptInbox(std::vector<Conversation> open, std::vector<Con
 {
     service.always("GET", "/v1/agent/conversations",
                    [open = std::move(open), closed = std::move(closed)](const ReceivedRequest& request) {
-                       return answerOf(ConversationsResponse{
-                           {request.query().contains("status=open") ? open : closed}});
+                       return answerOf(
+                           ConversationsResponse{{request.query().contains("status=open") ? open : closed}});
                    });
 }
 
 void SessionFixture::scriptEstablishing()
 {
     service.always("GET", "/v1/agent/me", answerOf(MeResponse{self, {products}}));
-    service.always("GET", "/v1/agent/teammates",
-                   ScriptedAnswer::json("{\"teammates\":" + [&] {
+    service.always("GET", "/v1/agent/teammates", ScriptedAnswer::json("{\"teammates\":" + [&] {
                        // The teammates' answer has no shared record; the agents' one has the same list.
                        const QByteArray agents = APIJSON::encoder.encode(AgentsResponse{{teammates}});
                        return agents.mid(qstrlen("{\"agents\":"));

@@ -21,12 +21,14 @@ using namespace Qt::StringLiterals;
 /// Keeps its texts for as long as the test runs.
 class MemoryTokenStore : public TokenStore {
 public:
-    std::optional<QString> string(const QString& key) override {
+    std::optional<QString> string(const QString& key) override
+    {
         const auto found = texts.constFind(key);
         return found == texts.cend() ? std::nullopt : std::optional(*found);
     }
 
-    bool set(const std::optional<QString>& value, const QString& key) override {
+    bool set(const std::optional<QString>& value, const QString& key) override
+    {
         if (value)
             texts.insert(key, *value);
         else
@@ -41,7 +43,8 @@ public:
 class Notifications {
 public:
     template <class... Arguments>
-    Notifications(Session& session, void (Session::*signal)(Arguments...)) {
+    Notifications(Session& session, void (Session::*signal)(Arguments...))
+    {
         m_connection = QObject::connect(&session, signal, &session, [this](const Arguments&... arguments) {
             ++count;
             if constexpr (sizeof...(Arguments) == 1)
@@ -68,7 +71,8 @@ Message makeMessage(const QString& id, const QString& conversationId,
 Instant minutesAgo(int minutes);
 
 template <class T>
-ScriptedAnswer answerOf(const T& record) {
+ScriptedAnswer answerOf(const T& record)
+{
     return ScriptedAnswer::json(APIJSON::encoder.encode(record));
 }
 
@@ -108,7 +112,8 @@ protected:
 
 /// Whether the conversation at @p id in the inbox passes @p check; false when it is not there.
 template <class Check>
-bool holds(const Session& session, const QString& id, Check check) {
+bool holds(const Session& session, const QString& id, Check check)
+{
     const Conversation* conversation = session.conversations().find(id);
     return conversation && check(*conversation);
 }

@@ -7,8 +7,8 @@
 namespace orvia::json {
 
 /// Rewrites the numbers that the JSON grammar (RFC 8259) allows but the parser refuses, so that one odd value
-/// does not cost the whole document. Answers the rewritten document, or none when there was nothing to rewrite; a
-/// document that breaks the grammar still does so afterwards.
+/// does not cost the whole document. Answers the rewritten document, or none when there was nothing to
+/// rewrite; a document that breaks the grammar still does so afterwards.
 ///
 /// - An integer beyond 64 bits gets an exponent and becomes an ordinary double.
 /// - A number beyond the range of a double becomes an empty array, which no number and no text decodes from.
