@@ -114,6 +114,15 @@ public:
             QAccessible::deleteAccessibleInterface(id);
     }
 
+    void forgetGoneRows()
+    {
+        m_rows.removeIf([](const auto& row) {
+            if (!row.key().isValid())
+                QAccessible::deleteAccessibleInterface(row.value());
+            return !row.key().isValid();
+        });
+    }
+
     int childCount() const override
     {
         return list().model() ? list().model()->rowCount(list().rootIndex()) : 0;
@@ -123,7 +132,6 @@ public:
     {
         if (row < 0 || row >= childCount())
             return nullptr;
-        forgetGoneRows();
         const QPersistentModelIndex index =
             list().model()->index(row, list().modelColumn(), list().rootIndex());
         if (const auto known = m_rows.constFind(index); known != m_rows.cend())
@@ -163,24 +171,7 @@ public:
 private:
     VirtualListView& list() const { return *static_cast<VirtualListView*>(widget()); }
 
-    /// Rows that are gone would gather otherwise. Looked after only when there are as many as it takes to
-    /// make that cheap on average.
-    void forgetGoneRows() const
-    {
-        if (m_rows.size() < m_mostRows)
-            return;
-        m_rows.removeIf([](const auto& row) {
-            if (!row.key().isValid())
-                QAccessible::deleteAccessibleInterface(row.value());
-            return !row.key().isValid();
-        });
-        m_mostRows = 2 * m_rows.size() + fewRows;
-    }
-
-    static constexpr qsizetype fewRows = 64;
-
     mutable QHash<QPersistentModelIndex, QAccessible::Id> m_rows;
-    mutable qsizetype m_mostRows = fewRows;
 };
 
 QAccessibleInterface* makeInterface(const QString&, QObject* object)
@@ -202,6 +193,14 @@ void installListAccessibility()
 {
     static const bool installed = (QAccessible::installFactory(makeInterface), true);
     Q_UNUSED(installed)
+}
+
+void forgetGoneRows(VirtualListView& list)
+{
+    if (!QAccessible::isActive())
+        return;
+    if (auto* known = dynamic_cast<ListInterface*>(QAccessible::queryAccessibleInterface(&list)))
+        known->forgetGoneRows();
 }
 
 void tellFocusedRow(VirtualListView& list)

@@ -14,6 +14,9 @@ class VirtualListView;
 /// focus of the list in place of the row's, and a focused row in lists that are not.
 void installListAccessibility();
 
+/// Forgets the rows that are gone from the model. What an assistive tool still asks of one of them is refused
+/// at once then; Qt would leave the question without an answer.
+void forgetGoneRows(VirtualListView& list);
 /// Tells that the current row has the keyboard's focus, if the list has.
 void tellFocusedRow(VirtualListView& list);
 /// Tells which rows are chosen now and which are not any more.

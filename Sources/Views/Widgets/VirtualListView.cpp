@@ -4,6 +4,7 @@
 #include "Views/Widgets/ListAccessibility.h"
 #include "Views/Widgets/ScrollArea.h"
 
+#include <QAccessible>
 #include <QFocusEvent>
 #include <QHoverEvent>
 #include <QKeyEvent>
@@ -119,6 +120,7 @@ void VirtualListView::reset()
 {
     QAbstractItemView::reset();
     updateGeometries();
+    forgetGoneRows(*this);
 }
 
 void VirtualListView::setRootIndex(const QModelIndex& index)
@@ -203,6 +205,16 @@ void VirtualListView::rowsAboutToBeRemoved(const QModelIndex& parent, int start,
 {
     QAbstractItemView::rowsAboutToBeRemoved(parent, start, end);
     scheduleDelayedItemsLayout();
+    if (!m_forgetting && QAccessible::isActive()) {
+        m_forgetting = true;
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                m_forgetting = false;
+                forgetGoneRows(*this);
+            },
+            Qt::QueuedConnection);
+    }
 }
 
 void VirtualListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,

@@ -70,6 +70,7 @@ private:
     int m_bottomPadding = 0;
     QPersistentModelIndex m_hovered;
     bool m_showsFocus = false;
+    bool m_forgetting = false; // rows that are gone, as soon as they are
 };
 
 } // namespace orvia
