@@ -72,8 +72,8 @@ class Node:
         return self._ask(-1, lambda: self.accessible.get_index_in_parent())
 
     def has(self, *states):
-        held = self._ask(None, lambda: self.accessible.get_state_set())
-        return held is not None and all(held.contains(state) for state in states)
+        held = self._ask((), lambda: self.accessible.get_state_set().get_states())
+        return all(state in held for state in states)
 
     @property
     def is_showing(self):
@@ -138,8 +138,8 @@ class Node:
     def dump(self, hidden=False):
         lines = []
         for node, depth in self.walk(hidden):
-            held = node._ask(None, lambda n=node: n.accessible.get_state_set())
-            states = " ".join(sorted(s.value_nick for s in held.get_states())) if held else "gone"
+            held = node._ask((), lambda n=node: n.accessible.get_state_set().get_states())
+            states = " ".join(sorted(state.value_nick for state in held)) or "gone"
             line = f"{'  ' * depth}{node.role} {node.name!r}"
             if node.description:
                 line += f" description={node.description!r}"
