@@ -2,6 +2,7 @@
 
 #include "Session/Session.h"
 #include "Theme/Theme.h"
+#include "Views/ConversationDetailView/ConversationComposer.h"
 #include "Views/ConversationDetailView/ConversationDetailView.h"
 #include "Views/ConversationListView/ConversationListView.h"
 #include "Views/SettingsView.h"
@@ -42,6 +43,10 @@ MainSplitView::MainSplitView(Session& session, QWidget* parent)
     connect(m_sidebar, &SidebarView::settingsRequested, this, [this] { setShowSettings(true); });
     connect(m_sidebarGrip, &ColumnGrip::dragged, this, &MainSplitView::dragSidebar);
     connect(m_inboxGrip, &ColumnGrip::dragged, this, &MainSplitView::dragInbox);
+    connect(m_inbox, &ConversationListView::conversationActivated, this, [this] {
+        if (m_conversation)
+            m_conversation->composer().focusField();
+    });
     connect(&session, &Session::selectedConversationIdChanged, this, &MainSplitView::rebuildDetail);
     connect(&session, &Session::showVisitorPanelChanged, this, &MainSplitView::updatePanel);
     rebuildDetail();
@@ -68,8 +73,10 @@ QSize MainSplitView::minimumSizeHint() const
 void MainSplitView::rebuildDetail()
 {
     const std::optional<QString>& id = m_session.selectedConversationId();
-    for (const QPointer<QWidget>& old : {m_conversation, m_panel}) {
+    bool hadFocus = false;
+    for (const QPointer<QWidget>& old : {QPointer<QWidget>(m_conversation), m_panel}) {
         if (old) {
+            hadFocus = hadFocus || old->isAncestorOf(focusWidget());
             old->hide();
             old->deleteLater();
         }
@@ -82,6 +89,9 @@ void MainSplitView::rebuildDetail()
     }
     m_noConversation->setVisible(!id);
     updatePanel();
+    // Left alone, the focus of a column that is gone would jump to the first control of the window.
+    if (hadFocus && m_conversation)
+        m_conversation->composer().focusField();
 }
 
 void MainSplitView::updatePanel()

@@ -6,6 +6,7 @@
 namespace orvia {
 
 class ColumnGrip;
+class ConversationDetailView;
 class ConversationListView;
 class EmptyState;
 class Session;
@@ -42,7 +43,7 @@ private:
     SidebarView* m_sidebar;
     ConversationListView* m_inbox;
     EmptyState* m_noConversation;
-    QPointer<QWidget> m_conversation;
+    QPointer<ConversationDetailView> m_conversation;
     QPointer<QWidget> m_panel;
     ColumnGrip* m_sidebarGrip;
     ColumnGrip* m_inboxGrip;

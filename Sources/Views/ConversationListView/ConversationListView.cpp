@@ -113,8 +113,9 @@ void ConversationListView::makeList()
     connect(m_model, &ConversationListModel::changesApplied, this, &ConversationListView::modelChanged);
     connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ConversationListView::selectionChanged);
-    connect(m_list, &QAbstractItemView::activated, m_list, [this](const QModelIndex& index) {
+    connect(m_list, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
         m_list->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+        Q_EMIT conversationActivated();
     });
     connect(m_tick, &TimeTick::ticked, m_list->viewport(), qOverload<>(&QWidget::update));
 }

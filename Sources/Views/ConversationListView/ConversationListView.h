@@ -29,6 +29,10 @@ public:
     /// The name of the product whose conversations are listed, else "Conversations".
     QString listTitle() const;
 
+Q_SIGNALS:
+    /// Return or a double click on a row: the agent wants to answer the selected conversation.
+    void conversationActivated();
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     /// Down in the search field goes on to what stands below it.
