@@ -9,7 +9,7 @@ class Thread(Scenario):
         thread = self.console.open("Helen Brandt")
         names = [row.name for row in thread.children]
         self.assertEqual(names[0], "Conversation assigned to Mara Ellison")
-        self.assertEqual(names[2], "cracked-lid.png, 7 kB")
+        self.assertEqual(names[2], "cracked-lid.png, 16 kB")
         self.assertTrue(names[3].endswith("please answer by mail if that is easier for you., via email"))
         self.assertRegex(names[4], r"^.+, Sorry about that, Helen\.")  # the divider comes first
         self.assertEqual(names[5], "lid-fitting.pdf, 1.2 MB, Seen")
@@ -27,7 +27,7 @@ class Thread(Scenario):
         thread = console.open("Helen Brandt")
         console.click(console.find("push button", "lid-fitting.pdf, 1.2 MB", within=thread))
         wait_until("The file opens.", lambda: self.desktop.opened_links)
-        console.activate(console.find("push button", "cracked-lid.png, 7 kB", within=thread))
+        console.activate(console.find("push button", "cracked-lid.png, 16 kB", within=thread))
         wait_until("The picture opens.", lambda: len(self.desktop.opened_links) == 2)
         files = self.as_agent("dana").messages("helen-brandt")
         urls = [message["attachment"]["url"] for message in files if message.get("attachment")]
