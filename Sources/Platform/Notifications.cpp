@@ -128,7 +128,7 @@ void Notifications::onActionInvoked(uint id, const QString& action)
     const auto presented = m_presented.constFind(id);
     if (presented == m_presented.cend() || action != defaultAction)
         return;
-    const Presented copy = *presented;
+    const Presented copy = m_presented.value(id); // an observer may forget the notification
     Q_EMIT clicked(copy.userInfo, copy.activationToken);
 }
 
