@@ -1,6 +1,7 @@
 #include "APIClient/NetworkSession.h"
 #include "AppConfig.h"
 #include "Keychain/TokenStore.h"
+#include "Scenes.h"
 #include "Session/DefaultsStore.h"
 #include "Session/Session.h"
 #include "Theme/Theme.h"
@@ -10,6 +11,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QLineEdit>
+#include <QPainter>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextStream>
@@ -56,6 +58,7 @@ struct Request {
     bool showVisitorPanel = false;
     bool dark = false;
     QSize size;
+    QString scene;
     QString file;
 };
 
@@ -66,10 +69,12 @@ public:
         : m_window(window)
         , m_session(session)
         , m_request(std::move(request))
+        , m_scene(m_request.scene, window, session)
         , m_steps{{"the sign-in screen", &Photographer::fillFields},
                   {"the button Sign In", &Photographer::pressSignIn},
                   {"the inbox", &Photographer::openConversation},
                   {"the thread", &Photographer::threadIsThere},
+                  {"the scene", &Photographer::sceneIsSet},
                   {"a picture that stays as it is", &Photographer::save}}
     {
         constexpr std::chrono::milliseconds interval(200);
@@ -156,11 +161,24 @@ private:
         return id && !m_session.messages().thread(*id).empty();
     }
 
+    bool sceneIsSet() { return m_scene.advance(); }
+
+    /// The window with the menu that is open over it.
+    QImage currentLook() const
+    {
+        QPixmap look = m_window.grab();
+        if (QWidget* const popup = QApplication::activePopupWidget()) {
+            QPainter painter(&look);
+            painter.drawPixmap(m_window.mapFromGlobal(popup->mapToGlobal(QPoint(0, 0))), popup->grab());
+        }
+        return look.toImage();
+    }
+
     /// Pictures that load and marks that fade change the window; it is done when several looks are alike.
     bool save()
     {
         constexpr int enoughLooks = 5;
-        const QImage look = m_window.grab().toImage();
+        const QImage look = currentLook();
         m_equalLooks = look == m_lastLook ? m_equalLooks + 1 : 0;
         m_lastLook = look;
         if (m_equalLooks < enoughLooks)
@@ -177,6 +195,7 @@ private:
     QWidget& m_window;
     Session& m_session;
     const Request m_request;
+    Scene m_scene;
     const std::vector<Step> m_steps;
     std::size_t m_step = 0;
     QImage m_lastLook;
@@ -220,12 +239,15 @@ int main(int argc, char** argv)
     const QCommandLineOption dark(u"dark"_s, u"Paint the dark appearance."_s);
     const QCommandLineOption size(u"size"_s, u"Size of the window."_s, u"WIDTHxHEIGHT"_s, u"1080x700"_s);
     parser.addHelpOption();
-    parser.addOptions({config, email, password, conversation, panel, dark, size});
+    const QCommandLineOption scene(
+        u"scene"_s, u"What to show: "_s + orvia::Scene::names().join(u", "_s) + u'.', u"name"_s, u"main"_s);
+    parser.addOptions({config, email, password, conversation, panel, dark, size, scene});
     parser.addPositionalArgument(u"file"_s, u"The picture to write."_s);
     parser.process(application);
     const QStringList lengths = parser.value(size).split(u'x');
     const QSize windowSize(lengths.value(0).toInt(), lengths.value(1).toInt());
-    if (parser.positionalArguments().size() != 1 || windowSize.isEmpty())
+    if (parser.positionalArguments().size() != 1 || windowSize.isEmpty()
+        || !orvia::Scene::names().contains(parser.value(scene)))
         parser.showHelp(orvia::usageError);
     if (parser.isSet(config))
         orvia::AppConfig::setConfigurationFile(parser.value(config));
@@ -235,5 +257,6 @@ int main(int argc, char** argv)
                                                .showVisitorPanel = parser.isSet(panel),
                                                .dark = parser.isSet(dark),
                                                .size = windowSize,
+                                               .scene = parser.value(scene),
                                                .file = parser.positionalArguments().constFirst()});
 }
