@@ -10,4 +10,7 @@ std::vector<Measurement> codingMeasurements();
 /// The state object without a window: live events and the derived list.
 std::vector<Measurement> sessionMeasurements();
 
+/// Keys, scrolling and opening in a long thread, in a real window. Needs a QApplication.
+std::vector<Measurement> viewMeasurements();
+
 } // namespace orvia::bench

@@ -37,6 +37,8 @@ QString budgetText(const Budget& budget)
         return u"<= %1 x floor"_s.arg(budget.limit);
     case Budget::Kind::atLeast:
         return u">= %1"_s.arg(budget.limit, 0, 'f', 0);
+    case Budget::Kind::atMost:
+        return u"<= %1"_s.arg(budget.limit, 0, 'f', 0);
     case Budget::Kind::none:
         break;
     }
@@ -71,6 +73,8 @@ std::optional<bool> Result::isKept() const
         return ratio ? std::optional(*ratio <= budget.limit) : std::nullopt;
     case Budget::Kind::atLeast:
         return figure >= budget.limit;
+    case Budget::Kind::atMost:
+        return figure <= budget.limit;
     case Budget::Kind::none:
         break;
     }

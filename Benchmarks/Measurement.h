@@ -19,6 +19,7 @@ struct Budget {
         none,    ///< the figure is for information
         ratio,   ///< figure / floor at most @c limit
         atLeast, ///< the figure itself at least @c limit
+        atMost,  ///< the figure itself at most @c limit
     };
 
     Kind kind = Kind::none;

@@ -1,7 +1,9 @@
 #include "Benchmarks/Benchmarks.h"
 
+#include "Theme/Theme.h"
+
+#include <QApplication>
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QFile>
 #include <QTextStream>
 
@@ -10,7 +12,11 @@ using namespace Qt::StringLiterals;
 
 int main(int argc, char** argv)
 {
-    QCoreApplication application(argc, argv);
+    // Painted in memory unless told otherwise, so that no display takes part in what is measured.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    orvia::Theme::shared().apply(application);
     QCommandLineParser parser;
     parser.setApplicationDescription(u"Measures the budgets of the console, each next to its floor."_s);
     parser.addHelpOption();
@@ -23,7 +29,7 @@ int main(int argc, char** argv)
 
     std::vector<Result> results;
     QTextStream progress(stderr);
-    for (const auto& group : {codingMeasurements, sessionMeasurements}) {
+    for (const auto& group : {codingMeasurements, sessionMeasurements, viewMeasurements}) {
         for (const Measurement& measurement : group()) {
             if (!measurement.name.contains(parser.value(only)))
                 continue;
