@@ -261,6 +261,45 @@ TEST_F(AdminLists, RowsAreDeletedWithTheKeyboardAndThePointer)
     EXPECT_TRUE(list->isVisible());
 }
 
+TEST_F(AdminLists, TheButtonFollowsThePointer)
+{
+    auto& page = show<AdminCannedView>();
+    AdminListView* list = page.list();
+    acceptDeletion({u"k2"_s});
+    settings->confirmButton()->setFocus();
+    settle();
+    EXPECT_TRUE(deleteButtons(page).empty());
+    const QModelIndex row = list->model()->index(1, 0);
+    const auto moveTo = [this](QWidget* widget, const QPoint& place) {
+        QTest::mouseMove(window->windowHandle(), widget->mapTo(window.get(), place));
+        settle();
+    };
+    moveTo(list->viewport(), list->visualRect(row).center());
+    ASSERT_EQ(deleteButtons(page).size(), 1u);
+    IconButton* button = deleteButtons(page).front();
+    EXPECT_EQ(button->accessibleDescription(), u"/k2-short"_s);
+    moveTo(button, button->rect().center());
+    EXPECT_TRUE(button->isVisible());
+    EXPECT_TRUE(list->isUnderPointer(row)) << "the row stays hovered under its button";
+    moveTo(list->viewport(), list->visualRect(list->model()->index(2, 0)).center());
+    ASSERT_EQ(deleteButtons(page).size(), 1u);
+    EXPECT_EQ(deleteButtons(page).front()->accessibleDescription(), u"/k3-short"_s);
+    moveTo(list->viewport(), list->visualRect(row).center());
+    button = deleteButtons(page).front();
+    QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {},
+                      button->mapTo(window.get(), button->rect().center()));
+    EXPECT_EQ(ids(page.canned()), (QStringList{u"k1"_s, u"k3"_s}));
+    EXPECT_TRUE(hasDeleted({u"k2"_s}, page));
+    settle();
+    // The click left the focus on the list, whose current row has its button.
+    EXPECT_TRUE(list->hasFocus());
+    moveTo(settings, {2, 2});
+    ASSERT_EQ(deleteButtons(page).size(), 1u);
+    settings->confirmButton()->setFocus();
+    settle();
+    EXPECT_TRUE(deleteButtons(page).empty());
+}
+
 TEST_F(AdminLists, SurviveWhatGoesAwayWhileTheyLoadAndDelete)
 {
     enum class Gone { thePage, theWindow, theSession, theSignIn };
