@@ -7,10 +7,10 @@ from accessibility import NotThere, State, application, wait_until
 class Console:
     """One run of the program. Whatever is looked for may still be on its way; looking waits for it."""
 
-    def __init__(self, desktop, program, origin):
+    def __init__(self, desktop, program, origin, *arguments):
         configuration = desktop.path / "orvia.conf"
         configuration.write_text(f"APIBaseURL={origin}\n")
-        self.program = desktop.start(program, "--config", configuration)
+        self.program = desktop.start(program, "--config", configuration, *arguments)
         self.root = wait_until("The program joins the accessibility bus.", self._application)
         self.find("frame")
         self.take_keyboard()

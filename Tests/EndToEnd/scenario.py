@@ -15,6 +15,7 @@ class Scenario(unittest.TestCase):
     service_program = None
 
     agent = "mara"
+    arguments = ()
 
     def setUp(self):
         self.desktop.renew_user()
@@ -25,7 +26,7 @@ class Scenario(unittest.TestCase):
             self.console.sign_in(self.agent, self.service.password)
 
     def start_console(self):
-        console = Console(self.desktop, self.console_program, self.service.origin)
+        console = Console(self.desktop, self.console_program, self.service.origin, *self.arguments)
         self.addCleanup(self.end_console, console)
         return console
 

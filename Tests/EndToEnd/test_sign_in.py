@@ -54,3 +54,11 @@ class SignIn(Scenario):
 
         console = self.console = self.start_console()
         console.find("push button", "Sign In")
+
+
+class StartedByALink(Scenario):
+    arguments = ("orvia://conversation/kenji-watanabe",)
+
+    def test_opens_its_conversation_after_signing_in(self):
+        self.console.find("label", "kenji@example.jp")
+        self.console.row("Messages", "Thank you, that fixed it.")
