@@ -1,6 +1,5 @@
+#include "Session/Answers.h"
 #include "Session/Fields.h"
-
-#include <QPointer>
 
 /// One request each, then a merge of the service's answer. No state changes before the service has answered.
 namespace orvia {
@@ -9,26 +8,15 @@ using namespace Qt::StringLiterals;
 
 QCoro::Task<void> Session::loadConversation(QString id)
 {
-    const QPointer<Session> self = this;
-    ConversationDetailResponse detail;
-    std::optional<APIError> failure;
-    try {
-        detail = co_await client().conversationDetail(id);
-    } catch (const APIError& error) {
-        failure = error;
-    }
-    if (!self)
+    auto detail = co_await answerTo(client().conversationDetail(id));
+    if (!detail)
         co_return;
-    if (failure) {
-        showBanner(failure->message);
-        co_return;
-    }
-    if (m_messages.thread(id) != detail.messages.wrappedValue) {
-        m_messages.assign(id, std::move(detail.messages.wrappedValue));
+    if (m_messages.thread(id) != detail->messages.wrappedValue) {
+        m_messages.assign(id, std::move(detail->messages.wrappedValue));
         Q_EMIT threadReset(id);
     }
-    detail.conversation.agentUnread = 0;
-    upsert(std::move(detail.conversation));
+    detail->conversation.agentUnread = 0;
+    upsert(std::move(detail->conversation));
 }
 
 QCoro::Task<std::vector<CannedResponse>> Session::loadCanned(std::optional<QString> productId)
@@ -37,19 +25,11 @@ QCoro::Task<std::vector<CannedResponse>> Session::loadCanned(std::optional<QStri
     if (const auto cached = m_cannedCache.constFind(key); cached != m_cannedCache.cend())
         co_return *cached;
 
-    const QPointer<Session> self = this;
-    std::vector<CannedResponse> canned;
-    std::optional<APIError> failure;
-    try {
-        canned = co_await client().canned(productId);
-    } catch (const APIError& error) {
-        failure = error;
-    }
-    if (self && failure)
-        showBanner(failure->message);
-    else if (self)
-        setEntry(m_cannedCache, key, canned, &Session::cannedCacheChanged);
-    co_return canned;
+    auto canned = co_await answerTo(client().canned(productId));
+    if (!canned)
+        co_return {};
+    setEntry(m_cannedCache, key, *canned, &Session::cannedCacheChanged);
+    co_return std::move(*canned);
 }
 
 QCoro::Task<void> Session::sendMessage(QString conversationId, QString body, bool note, QStringList mentions)
@@ -57,37 +37,16 @@ QCoro::Task<void> Session::sendMessage(QString conversationId, QString body, boo
     const QString trimmed = body.trimmed();
     if (trimmed.isEmpty())
         co_return;
-    const QPointer<Session> self = this;
-    std::optional<Message> sent;
-    std::optional<APIError> failure;
-    try {
-        sent = co_await client().sendMessage(conversationId, trimmed, note, std::move(mentions));
-    } catch (const APIError& error) {
-        failure = error;
-    }
-    if (!self)
-        co_return;
-    if (failure)
-        showBanner(failure->message);
-    else
+    const auto sent =
+        co_await answerTo(client().sendMessage(conversationId, trimmed, note, std::move(mentions)));
+    if (sent)
         append(*sent, conversationId);
 }
 
 QCoro::Task<void> Session::mergeAnswer(QCoro::Task<Conversation> request)
 {
-    const QPointer<Session> self = this;
-    std::optional<Conversation> answer;
-    std::optional<APIError> failure;
-    try {
-        answer = co_await request;
-    } catch (const APIError& error) {
-        failure = error;
-    }
-    if (!self)
-        co_return;
-    if (failure)
-        showBanner(failure->message);
-    else
+    auto answer = co_await answerTo(std::move(request));
+    if (answer)
         upsert(std::move(*answer));
 }
 
@@ -112,14 +71,9 @@ QCoro::Task<std::vector<Conversation>> Session::visitorConversations(QString ema
 {
     if (email.isEmpty())
         co_return {};
-    std::vector<Conversation> conversations;
-    try {
-        conversations = co_await client().visitorConversations(std::move(email));
-    } catch (const APIError&) {
-        // The panel that asks shows no section without an answer; there is nothing to tell the agent.
-        conversations.clear();
-    }
-    co_return conversations;
+    auto outcome = co_await outcomeOf(client().visitorConversations(std::move(email)));
+    // The panel that asks shows no section without an answer; there is nothing to tell the agent.
+    co_return std::move(outcome.answer).value_or(std::vector<Conversation>());
 }
 
 } // namespace orvia

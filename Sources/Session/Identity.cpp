@@ -1,3 +1,4 @@
+#include "APIClient/Outcome.h"
 #include "Keychain/TokenStore.h"
 #include "Models/JSON/Decoding.h"
 #include "Models/JSON/Encoding.h"
@@ -169,25 +170,18 @@ QCoro::Task<void> Session::establishSession()
 QCoro::Task<bool> Session::loadIdentity()
 {
     const QPointer<Session> self = this;
-    std::optional<APIError> failure;
-    try {
-        MeResponse response = co_await client().me();
-        if (!self)
-            co_return false;
-        assignField(m_agent, std::move(response.agent), &Session::agentChanged);
-        assignField(m_products, std::move(response.products.wrappedValue), &Session::productsChanged);
-        cacheIdentity();
-        co_return true;
-    } catch (const APIError& error) {
-        failure = error;
-    }
+    auto outcome = co_await outcomeOf(client().me());
     if (!self)
         co_return false;
-    if (isRejectedToken(*failure)) {
+    if (auto& response = outcome.answer) {
+        assignField(m_agent, std::move(response->agent), &Session::agentChanged);
+        assignField(m_products, std::move(response->products.wrappedValue), &Session::productsChanged);
+        cacheIdentity();
+    } else if (isRejectedToken(*outcome.failure)) {
         logout();
         showBanner(tr("Session expired. Please sign in again."));
     } else {
-        showBanner(failure->message);
+        showBanner(outcome.failure->message);
         scheduleSessionRetry();
     }
     co_return m_agent.has_value();
@@ -211,28 +205,19 @@ QCoro::Task<void> Session::registerDeviceIfPossible()
     if (!m_agent || !deviceToken)
         co_return;
     const QPointer<Session> self = this;
-    std::optional<APIError> failure;
-    try {
-        co_await client().registerDevice(devicePlatform, *deviceToken);
-    } catch (const APIError& error) {
-        failure = error;
-    }
-    if (self && failure)
-        showBanner(tr("Push registration failed: ") + failure->message);
+    const auto outcome = co_await outcomeOf(client().registerDevice(devicePlatform, *deviceToken));
+    if (self && outcome.failure)
+        showBanner(tr("Push registration failed: ") + outcome.failure->message);
 }
 
 QCoro::Task<void> Session::loadAssignableAgents()
 {
     const QPointer<Session> self = this;
-    std::vector<Agent> teammates;
-    try {
-        teammates = co_await client().teammates();
-    } catch (const APIError&) {
-        // Without teammates nobody but oneself can be assigned; that is told by the empty list alone.
-        teammates.clear();
-    }
+    auto outcome = co_await outcomeOf(client().teammates());
+    // Without teammates nobody but oneself can be assigned; that is told by the empty list alone.
     if (self)
-        assignField(m_assignableAgents, std::move(teammates), &Session::assignableAgentsChanged);
+        assignField(m_assignableAgents, std::move(outcome.answer).value_or(std::vector<Agent>()),
+                    &Session::assignableAgentsChanged);
 }
 
 void Session::logout()

@@ -1,6 +1,5 @@
+#include "Session/Answers.h"
 #include "Session/Fields.h"
-
-#include <QPointer>
 
 /// The inbox: filters, loading, the derived list, and the two merges through which everything else changes
 /// it.
@@ -21,6 +20,17 @@ std::optional<QString> assigneeParameter(InboxQueue queue)
         break;
     }
     return std::nullopt;
+}
+
+/// Both pages in one, once both are there.
+QCoro::Task<std::vector<Conversation>> joined(QCoro::Task<std::vector<Conversation>> openPage,
+                                              QCoro::Task<std::vector<Conversation>> closedPage)
+{
+    std::vector<Conversation> conversations = co_await openPage;
+    std::vector<Conversation> closed = co_await closedPage;
+    conversations.insert(conversations.end(), std::make_move_iterator(closed.begin()),
+                         std::make_move_iterator(closed.end()));
+    co_return conversations;
 }
 
 } // namespace
@@ -57,24 +67,11 @@ QCoro::Task<void> Session::refreshConversations()
     const std::optional<QString> assignee = assigneeParameter(m_queue);
     auto openPage = service.conversations(std::nullopt, ConversationStatus::open, assignee, m_showSnoozed);
     auto closedPage = service.conversations(std::nullopt, ConversationStatus::closed, assignee, true);
-
-    std::vector<Conversation> loaded;
-    std::optional<APIError> failure;
-    try {
-        loaded = co_await openPage;
-        std::vector<Conversation> closed = co_await closedPage;
-        loaded.insert(loaded.end(), std::make_move_iterator(closed.begin()),
-                      std::make_move_iterator(closed.end()));
-    } catch (const APIError& error) {
-        failure = error;
-    }
-    if (!self)
-        co_return;
-    if (failure)
-        showBanner(failure->message);
-    else
-        replaceConversations(std::move(loaded));
-    assignField(m_isLoadingList, false, &Session::isLoadingListChanged);
+    auto loaded = co_await answerTo(joined(std::move(openPage), std::move(closedPage)));
+    if (loaded)
+        replaceConversations(std::move(*loaded));
+    if (self)
+        assignField(m_isLoadingList, false, &Session::isLoadingListChanged);
 }
 
 void Session::replaceConversations(std::vector<Conversation> conversations)

@@ -1,46 +1,22 @@
+#include "Session/Answers.h"
 #include "Session/Fields.h"
-
-#include <QPointer>
 
 /// The agent's notification mode and muted conversations, and opening a conversation from outside.
 namespace orvia {
 
 QCoro::Task<void> Session::setNotifyMode(NotifyMode mode)
 {
-    const QPointer<Session> self = this;
-    std::optional<Agent> updated;
-    std::optional<APIError> failure;
-    try {
-        updated = co_await client().updatePreferences(mode);
-    } catch (const APIError& error) {
-        failure = error;
-    }
-    if (!self)
+    auto updated = co_await answerTo(client().updatePreferences(mode));
+    if (!updated)
         co_return;
-    if (failure) {
-        showBanner(failure->message);
-        co_return;
-    }
     assignField(m_agent, std::move(updated), &Session::agentChanged);
     cacheIdentity();
 }
 
 QCoro::Task<void> Session::setMuted(QString conversationId, bool muted)
 {
-    const QPointer<Session> self = this;
-    std::optional<APIError> failure;
-    try {
-        co_await client().setMuted(conversationId, muted);
-    } catch (const APIError& error) {
-        failure = error;
-    }
-    if (!self)
-        co_return;
-    if (failure) {
-        showBanner(failure->message);
-        co_return;
-    }
-    if (!m_agent)
+    const auto accepted = co_await answerTo(client().setMuted(conversationId, muted));
+    if (!accepted || !m_agent)
         co_return;
     Agent updated = *m_agent;
     QStringList mutedIds = updated.mutedConversationIds.value_or(QStringList());

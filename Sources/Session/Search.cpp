@@ -1,3 +1,4 @@
+#include "APIClient/Outcome.h"
 #include "Session/Fields.h"
 
 #include <QPointer>
@@ -54,18 +55,13 @@ void Session::startSearch()
 QCoro::Task<void> Session::runSearch(QString query, quint64 generation)
 {
     const QPointer<Session> self = this;
-    std::vector<SearchResult> results;
-    std::optional<APIError> failure;
-    try {
-        results = co_await client().search(query, resultLimit);
-    } catch (const APIError& error) {
-        failure = error;
-    }
+    auto outcome = co_await outcomeOf(client().search(query, resultLimit));
     if (!self || generation != m_searchGeneration)
         co_return;
-    assignField(m_searchResults, std::move(results), &Session::searchResultsChanged);
-    if (failure)
-        showBanner(failure->message);
+    assignField(m_searchResults, std::move(outcome.answer).value_or(std::vector<SearchResult>()),
+                &Session::searchResultsChanged);
+    if (outcome.failure)
+        showBanner(outcome.failure->message);
     assignField(m_isSearching, false, &Session::isSearchingChanged);
 }
 

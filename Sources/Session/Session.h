@@ -1,6 +1,7 @@
 #pragma once
 
 #include "APIClient/APIClient.h"
+#include "APIClient/Outcome.h"
 #include "Models/SocketEvent.h"
 #include "Session/ConversationStore.h"
 #include "Session/KeyedTimers.h"
@@ -222,6 +223,13 @@ private:
                      void (Session::*changed)(const QString&));
     template <class Value>
     void removeAllEntries(QHash<QString, Value>& entries, void (Session::*changed)(const QString&));
+
+    template <class Result>
+    using Answer = std::optional<AnswerOf<Result>>;
+    /// Waits for the answer to @p request. There is none when the request failed, which the banner tells, and
+    /// none when the session has gone meanwhile; then nothing of it may be touched.
+    template <class Result>
+    QCoro::Task<Answer<Result>> answerTo(QCoro::Task<Result> request);
 
     // Identity
     QCoro::Task<void> establishSession();
