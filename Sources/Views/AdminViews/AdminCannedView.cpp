@@ -1,5 +1,6 @@
 #include "Views/AdminViews/AdminCannedView.h"
 
+#include "APIClient/Outcome.h"
 #include "Session/Session.h"
 #include "Views/AdminViews/CreateCannedSheet.h"
 #include "Views/AdminViews/RowControls.h"
@@ -131,12 +132,9 @@ QCoro::Task<void> AdminCannedView::deleteInTurn(QPointer<AdminCannedView> view, 
         // A sign-out ends it: what follows would be done in someone else's name.
         if (!session || !session->token())
             co_return;
-        QCoro::Task<void> request = session->client().adminDeleteCanned(id);
-        try {
-            co_await request;
-        } catch (const APIError& error) {
-            report(session, error);
-        }
+        const auto outcome = co_await outcomeOf(session->client().adminDeleteCanned(id));
+        if (outcome.failure)
+            report(session, *outcome.failure);
         if (view)
             view->m_deleting.remove(id);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "APIClient/Outcome.h"
 #include "Session/Session.h"
 #include "Views/AdminViews/AdminListView.h"
 #include "Views/AdminViews/AdminRecordsModel.h"
@@ -82,23 +83,16 @@ public:
         const QPointer<AdminRecordsPage> self = this;
         const QPointer<Session> owner = session();
         const quint64 load = ++m_startedLoads;
-        std::vector<Record> loaded;
-        std::optional<APIError> failure;
-        QCoro::Task<std::vector<Record>> request = fetch();
-        try {
-            loaded = co_await request;
-        } catch (const APIError& error) {
-            failure = error;
-        }
-        if (failure)
-            report(owner, *failure);
+        auto outcome = co_await outcomeOf(fetch());
+        if (outcome.failure)
+            report(owner, *outcome.failure);
         if (!self)
             co_return;
         m_wasLoaded = true;
         // Two loads may overtake each other; the newer answer stays.
-        if (!failure && load > m_appliedLoad) {
+        if (outcome.answer && load > m_appliedLoad) {
             m_appliedLoad = load;
-            apply(std::move(loaded));
+            apply(std::move(*outcome.answer));
         }
         refreshEmptyState();
     }

@@ -1,5 +1,6 @@
 #include "Views/AdminViews/FormSheet.h"
 
+#include "APIClient/Outcome.h"
 #include "Session/Session.h"
 #include "Views/Widgets/Button.h"
 #include "Views/Widgets/FocusRing.h"
@@ -91,15 +92,10 @@ void FormSheet::submit(const Request& request)
 QCoro::Task<void> FormSheet::finish(QPointer<FormSheet> sheet, QPointer<Session> session, Done onDone,
                                     QCoro::Task<void> request)
 {
-    std::optional<APIError> failure;
-    try {
-        co_await request;
-    } catch (const APIError& error) {
-        failure = error;
-    }
-    if (failure) {
+    const auto outcome = co_await outcomeOf(std::move(request));
+    if (outcome.failure) {
         if (session)
-            session->showBanner(failure->message);
+            session->showBanner(outcome.failure->message);
         if (sheet)
             sheet->setWorking(false);
         co_return;

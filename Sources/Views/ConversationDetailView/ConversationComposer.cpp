@@ -1,5 +1,6 @@
 #include "Views/ConversationDetailView/ConversationComposer.h"
 
+#include "APIClient/Outcome.h"
 #include "ComposerLogic/CannedMatching.h"
 #include "ComposerLogic/MentionComposer.h"
 #include "Session/Session.h"
@@ -243,18 +244,12 @@ QCoro::Task<void> ConversationComposer::uploadFile(QString name, QString mimeTyp
     const QPointer<Session> session = &m_session;
     // The upload goes on when the agent opens another conversation, and still belongs to this one.
     const QString conversationId = m_conversationId;
-    std::optional<Message> message;
-    std::optional<APIError> failure;
-    try {
-        message = co_await m_session.client().uploadAttachment(conversationId, std::move(name),
-                                                               std::move(mimeType), std::move(bytes), note);
-    } catch (const APIError& error) {
-        failure = error;
-    }
-    if (session && failure)
-        session->showBanner(failure->message);
+    const auto outcome = co_await outcomeOf(m_session.client().uploadAttachment(
+        conversationId, std::move(name), std::move(mimeType), std::move(bytes), note));
+    if (session && outcome.failure)
+        session->showBanner(outcome.failure->message);
     else if (session)
-        session->append(*message, conversationId);
+        session->append(*outcome.answer, conversationId);
     if (self)
         m_composer->setUploading(--m_uploads > 0);
 }
