@@ -13,4 +13,10 @@ std::vector<Measurement> sessionMeasurements();
 /// Keys, scrolling and opening in a long thread, in a real window. Needs a QApplication.
 std::vector<Measurement> viewMeasurements();
 
+/// The longest gaps of the event loop, in a real window on a real service. Needs a QApplication.
+std::vector<Measurement> stallMeasurements();
+
+/// The real program on a virtual display: start, memory, idling, the cost of events.
+std::vector<Measurement> programMeasurements();
+
 } // namespace orvia::bench

@@ -39,6 +39,8 @@ QString budgetText(const Budget& budget)
         return u">= %1"_s.arg(budget.limit, 0, 'f', 0);
     case Budget::Kind::atMost:
         return u"<= %1"_s.arg(budget.limit, 0, 'f', 0);
+    case Budget::Kind::above:
+        return u"<= floor + %1"_s.arg(budget.limit, 0, 'f', 0);
     case Budget::Kind::none:
         break;
     }
@@ -75,6 +77,8 @@ std::optional<bool> Result::isKept() const
         return figure >= budget.limit;
     case Budget::Kind::atMost:
         return figure <= budget.limit;
+    case Budget::Kind::above:
+        return floor ? std::optional(figure - *floor <= budget.limit) : std::nullopt;
     case Budget::Kind::none:
         break;
     }
@@ -85,7 +89,7 @@ Result measure(const Measurement& measurement, int rounds)
 {
     std::vector<double> figures;
     std::vector<double> floors;
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < std::min(rounds, measurement.mostRounds); ++round) {
         figures.push_back(measurement.figure());
         if (measurement.floor)
             floors.push_back(measurement.floor());

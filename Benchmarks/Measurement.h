@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <functional>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -20,6 +21,7 @@ struct Budget {
         ratio,   ///< figure / floor at most @c limit
         atLeast, ///< the figure itself at least @c limit
         atMost,  ///< the figure itself at most @c limit
+        above,   ///< figure - floor at most @c limit
     };
 
     Kind kind = Kind::none;
@@ -34,6 +36,7 @@ struct Measurement {
     QString floorName;
     std::function<double()> floor;
     Budget budget;
+    int mostRounds = std::numeric_limits<int>::max(); ///< for a figure that takes long and varies little
 };
 
 struct Result {
@@ -49,8 +52,8 @@ struct Result {
     std::optional<bool> isKept() const;
 };
 
-/// Takes figure and floor alternately, @p rounds times each, and answers the medians, so that a machine that
-/// slows down meanwhile slows down both.
+/// Takes figure and floor alternately, @p rounds times each at most, and answers the medians, so that a
+/// machine that slows down meanwhile slows down both.
 Result measure(const Measurement& measurement, int rounds);
 
 void printTable(const std::vector<Result>& results, QIODevice& output);

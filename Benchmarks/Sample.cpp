@@ -125,11 +125,11 @@ QByteArray inboxPage(int count)
     return APIJSON::encoder.encode(page);
 }
 
-std::vector<SocketEvent> sampleEvents(int count, int inboxSize)
+std::vector<SocketEvent> sampleEvents(int count, int inboxSize, int active)
 {
     std::vector<SocketEvent> events;
     for (int number = 0; number < count; ++number) {
-        const int conversation = static_cast<int>((number * 7919LL) % inboxSize);
+        const int conversation = static_cast<int>((number * 7919LL) % active) * (inboxSize / active);
         const QString id = identifier(u"cc", conversation);
         switch (number % 4) {
         case 0:

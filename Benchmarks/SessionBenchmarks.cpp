@@ -50,11 +50,13 @@ private:
 };
 
 constexpr int eventCount = 20'000;
+/// More than an agent, a whole team has under way at once.
+constexpr int activeConversations = 100;
 
 /// The seconds of one event. A fresh session every time, because the threads grow with every message.
-double secondsPerEvent(int inboxSize)
+double secondsPerEvent(int inboxSize, int active)
 {
-    const std::vector<SocketEvent> events = sampleEvents(eventCount, inboxSize);
+    const std::vector<SocketEvent> events = sampleEvents(eventCount, inboxSize, active);
     Desk desk(inboxSize);
     std::size_t changes = 0;
     QObject::connect(&desk.session(), &Session::conversationChanged, [&changes] { ++changes; });
@@ -67,9 +69,20 @@ double secondsPerEvent(int inboxSize)
     return taken.count() / eventCount;
 }
 
-std::function<double()> microsecondsPerEvent(int inboxSize)
+std::function<double()> microsecondsPerEvent(int inboxSize, int active)
 {
-    return [inboxSize] { return secondsPerEvent(inboxSize) * 1e6; };
+    return [inboxSize, active] { return secondsPerEvent(inboxSize, active) * 1e6; };
+}
+
+/// The same events of the same number of conversations, in a larger inbox.
+Measurement event(int inboxSize, Budget budget)
+{
+    return {u"one live event, inbox of %L1"_s.arg(inboxSize),
+            u"us"_s,
+            microsecondsPerEvent(inboxSize, activeConversations),
+            u"the same, inbox of 100"_s,
+            microsecondsPerEvent(activeConversations, activeConversations),
+            budget};
 }
 
 /// Frames decoded and applied in a second, as the live channel delivers them.
@@ -77,7 +90,7 @@ double eventsPerSecond()
 {
     constexpr int inboxSize = 10'000;
     std::vector<QByteArray> frames;
-    for (const SocketEvent& event : sampleEvents(eventCount, inboxSize))
+    for (const SocketEvent& event : sampleEvents(eventCount, inboxSize, inboxSize))
         frames.push_back(APIJSON::encoder.encode(event));
     Desk desk(inboxSize);
     const auto begin = std::chrono::steady_clock::now();
@@ -116,12 +129,15 @@ Measurement listing(int inboxSize)
 std::vector<Measurement> sessionMeasurements()
 {
     return {
-        {u"one live event, inbox of 100,000"_s,
+        event(1'000, {}),
+        event(10'000, {}),
+        event(100'000, {Budget::Kind::ratio, 2}),
+        {u"one live event, each of 100,000 conversations in turn"_s,
          u"us"_s,
-         microsecondsPerEvent(100'000),
-         u"the same, inbox of 100"_s,
-         microsecondsPerEvent(100),
-         {Budget::Kind::ratio, 2}},
+         microsecondsPerEvent(100'000, 100'000),
+         u"each of 100"_s,
+         microsecondsPerEvent(100, 100),
+         {}},
         {u"live events decoded and applied, inbox of 10,000"_s,
          u"per second"_s,
          eventsPerSecond,

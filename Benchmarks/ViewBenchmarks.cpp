@@ -24,7 +24,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int threadLength = 10'000;
+constexpr int longThread = 10'000;
+constexpr int shortThread = 100;
 constexpr int keyCount = 300;
 constexpr int scrollSteps = 200;
 constexpr double frame = 16; // milliseconds
@@ -58,14 +59,14 @@ Message sampleMessage(int number, const QString& conversationId)
     message.body =
         u"Message %1. "_s.arg(number)
         + u"The hopper lid of the grinder is cracked, and the box was fine. "_s.repeated(number % 7);
-    message.createdAt = currentInstant() - std::chrono::seconds(threadLength - number);
+    message.createdAt = currentInstant() - std::chrono::seconds(longThread - number);
     return message;
 }
 
-/// A session with one long thread.
-class LongThread {
+/// A session with one conversation of so many messages.
+class Thread {
 public:
-    LongThread()
+    explicit Thread(int length)
         : m_defaults(m_directory.filePath(u"defaults.ini"_s))
         , m_session({m_defaults, m_tokens, m_network, QUrl(u"http://127.0.0.1:9"_s)})
     {
@@ -74,7 +75,7 @@ public:
         event.conversation = sampleConversation(0);
         m_id = event.conversation->id;
         m_session.handle(event);
-        for (int number = 0; number < threadLength; ++number)
+        for (int number = 0; number < length; ++number)
             m_session.append(sampleMessage(number, m_id), m_id);
     }
 
@@ -133,14 +134,14 @@ double keysUntilPainted(QPlainTextEdit* field)
 /// Keys in the composer below the long thread, while messages and previews arrive a thousand times a second.
 double keysUnderLoad()
 {
-    LongThread thread;
+    Thread thread(longThread);
     ConversationDetailView view(thread.session(), thread.id());
     view.resize(600, 700);
     view.show();
     auto* const field = view.findChild<QPlainTextEdit*>(u"composerField"_s);
     if (!field)
         std::abort();
-    int number = threadLength;
+    int number = longThread;
     QTimer load;
     QObject::connect(&load, &QTimer::timeout, [&] {
         ++number;
@@ -168,9 +169,9 @@ double keysInBareField()
     return keysUntilPainted(&field);
 }
 
-double scrolling()
+double scrolling(int length)
 {
-    LongThread thread;
+    Thread thread(length);
     ConversationDetailView view(thread.session(), thread.id());
     view.resize(600, 700);
     auto* const transcript = view.findChild<TranscriptView*>();
@@ -185,9 +186,9 @@ double scrolling()
     return percentile99(std::move(waits));
 }
 
-double opening()
+double opening(int length)
 {
-    LongThread thread;
+    Thread thread(length);
     QElapsedTimer timer;
     timer.start();
     ConversationDetailView view(thread.session(), thread.id());
@@ -195,6 +196,26 @@ double opening()
     PaintCounter paints(view.findChild<TranscriptView*>()->viewport());
     millisecondsUntilPainted(paints, [&view] { view.show(); });
     return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+Measurement scrollStep(int length)
+{
+    return {u"scroll step to painted, 99 %, thread of %L1"_s.arg(length),
+            u"ms"_s,
+            [length] { return scrolling(length); },
+            {},
+            {},
+            {Budget::Kind::atMost, frame}};
+}
+
+Measurement openedThread(int length)
+{
+    return {u"thread of %L1 opened and painted"_s.arg(length),
+            u"ms"_s,
+            [length] { return opening(length); },
+            {},
+            {},
+            {Budget::Kind::atMost, 50}};
 }
 
 } // namespace
@@ -208,13 +229,10 @@ std::vector<Measurement> viewMeasurements()
          u"key in a bare text field"_s,
          keysInBareField,
          {Budget::Kind::atMost, frame}},
-        {u"scroll step to painted, 99 %, thread of 10,000"_s,
-         u"ms"_s,
-         scrolling,
-         {},
-         {},
-         {Budget::Kind::atMost, frame}},
-        {u"thread of 10,000 opened and painted"_s, u"ms"_s, opening, {}, {}, {Budget::Kind::atMost, 50}},
+        scrollStep(shortThread),
+        scrollStep(longThread),
+        openedThread(shortThread),
+        openedThread(longThread),
     };
 }
 

@@ -29,7 +29,8 @@ int main(int argc, char** argv)
 
     std::vector<Result> results;
     QTextStream progress(stderr);
-    for (const auto& group : {codingMeasurements, sessionMeasurements, viewMeasurements}) {
+    for (const auto& group : {codingMeasurements, sessionMeasurements, viewMeasurements, stallMeasurements,
+                              programMeasurements}) {
         for (const Measurement& measurement : group()) {
             if (!measurement.name.contains(parser.value(only)))
                 continue;

@@ -65,9 +65,7 @@ bool OrviaApp::start(const QList<QUrl>& links)
     open();
     for (const QUrl& link : links)
         openLink(link);
-    if (runsInBackground(links))
-        m_session->bootstrap();
-    else
+    if (!runsInBackground(links))
         activate({});
     return true;
 }
@@ -82,6 +80,8 @@ void OrviaApp::open()
                                                                  .tokenStore = *m_keychain,
                                                                  .urlSession = *m_urlSession,
                                                                  .baseURL = AppConfig::apiBaseURL()});
+    // Before the window is built, so that the service works on the first answer meanwhile.
+    m_session->bootstrap();
     m_window = std::make_unique<RootView>(*m_session);
     m_window->resize(defaultWindowSize);
     connect(m_session.get(), &Session::tokenChanged, this, &OrviaApp::followSignIn);

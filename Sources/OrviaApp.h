@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/ApplicationService.h"
+#include "Theme/CaretRest.h"
 
 #include <QObject>
 #include <QUrl>
@@ -43,6 +44,7 @@ private:
     void followAppearance();
 
     ApplicationService m_service;
+    CaretRest m_caretRest;
     std::unique_ptr<Appearance> m_appearance;
     std::unique_ptr<NetworkSession> m_urlSession;
     std::unique_ptr<DefaultsStore> m_defaults;

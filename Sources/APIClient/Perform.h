@@ -2,12 +2,11 @@
 
 #include "APIClient/APIClient.h"
 #include "APIClient/NetworkSession.h"
+#include "APIClient/Worker.h"
 #include "Models/JSON/Decoding.h"
 #include "Models/JSON/Encoding.h"
 
-#include <QCoro/QCoroFuture>
 #include <QNetworkRequest>
-#include <QtConcurrentRun>
 
 /// The request routine, for the sources that define operations.
 namespace orvia {
@@ -53,10 +52,8 @@ QCoro::Task<Response> decodedAnswer(QByteArray body)
     if (body.size() < workerThreshold) {
         response = decoded<Response>(body);
     } else {
-        // Named before it is awaited: GCC 12 destroys a closure made within the awaited expression twice.
-        const QFuture<std::optional<Response>> decoding =
-            QtConcurrent::run([body] { return decoded<Response>(body); });
-        response = co_await decoding;
+        auto decode = [body = std::move(body)] { return decoded<Response>(body); };
+        response = co_await onWorker(std::move(decode));
     }
     if (!response)
         throw APIError(QStringLiteral("Could not decode server response"));

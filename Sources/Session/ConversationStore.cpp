@@ -2,6 +2,17 @@
 
 namespace orvia {
 
+ConversationStore::ConversationStore(std::vector<std::vector<Conversation>> pages)
+{
+    for (std::vector<Conversation>& page : pages)
+        m_conversations.insert(m_conversations.end(), std::make_move_iterator(page.begin()),
+                               std::make_move_iterator(page.end()));
+    m_positions.reserve(size());
+    // Backwards, so that the first of several records with one id is the one found.
+    for (qsizetype index = size() - 1; index >= 0; --index)
+        m_positions.insert(at(index).id, index);
+}
+
 const Conversation* ConversationStore::find(const QString& id) const
 {
     const qsizetype index = indexOf(id);
@@ -11,16 +22,6 @@ const Conversation* ConversationStore::find(const QString& id) const
 qsizetype ConversationStore::indexOf(const QString& id) const
 {
     return m_positions.value(id, -1);
-}
-
-void ConversationStore::assign(std::vector<Conversation> conversations)
-{
-    m_conversations = std::move(conversations);
-    m_positions.clear();
-    m_positions.reserve(size());
-    // Backwards, so that the first of several records with one id is the one found.
-    for (qsizetype index = size() - 1; index >= 0; --index)
-        m_positions.insert(at(index).id, index);
 }
 
 void ConversationStore::append(Conversation conversation)

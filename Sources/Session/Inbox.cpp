@@ -1,5 +1,10 @@
+#include "APIClient/Worker.h"
 #include "Session/Answers.h"
 #include "Session/Fields.h"
+
+#include <QThreadPool>
+
+#include <malloc.h>
 
 /// The inbox: filters, loading, the derived list, and the two merges through which everything else changes
 /// it.
@@ -22,15 +27,27 @@ std::optional<QString> assigneeParameter(InboxQueue queue)
     return std::nullopt;
 }
 
-/// Both pages in one, once both are there.
-QCoro::Task<std::vector<Conversation>> joined(QCoro::Task<std::vector<Conversation>> openPage,
-                                              QCoro::Task<std::vector<Conversation>> closedPage)
+/// Both pages in one store, once both are there. It is made on a worker, like everything that grows with the
+/// inbox and need not be done on the main thread.
+QCoro::Task<ConversationStore> joined(QCoro::Task<std::vector<Conversation>> openPage,
+                                      QCoro::Task<std::vector<Conversation>> closedPage)
 {
-    std::vector<Conversation> conversations = co_await openPage;
-    std::vector<Conversation> closed = co_await closedPage;
-    conversations.insert(conversations.end(), std::make_move_iterator(closed.begin()),
-                         std::make_move_iterator(closed.end()));
-    co_return conversations;
+    std::vector<std::vector<Conversation>> pages(2);
+    pages[0] = co_await openPage;
+    pages[1] = co_await closedPage;
+    auto join = [pages = std::move(pages)]() mutable {
+        ConversationStore store(std::move(pages));
+        // The documents and pages are gone; what they left in the allocator goes back to the system.
+        ::malloc_trim(0);
+        return store;
+    };
+    co_return co_await onWorker(std::move(join));
+}
+
+/// Lets a worker free what may be ten thousand records.
+void dispose(ConversationStore store)
+{
+    QThreadPool::globalInstance()->start([store = std::make_shared<ConversationStore>(std::move(store))] {});
 }
 
 } // namespace
@@ -74,11 +91,13 @@ QCoro::Task<void> Session::refreshConversations()
         assignField(m_isLoadingList, false, &Session::isLoadingListChanged);
 }
 
-void Session::replaceConversations(std::vector<Conversation> conversations)
+void Session::replaceConversations(ConversationStore conversations)
 {
-    if (m_conversations.all() == conversations)
+    if (m_conversations.all() == conversations.all()) {
+        dispose(std::move(conversations));
         return;
-    m_conversations.assign(std::move(conversations));
+    }
+    dispose(std::exchange(m_conversations, std::move(conversations)));
     Q_EMIT conversationsReset();
 }
 
@@ -118,18 +137,19 @@ bool Session::isListed(const Conversation& conversation, Instant instant) const
 std::vector<const Conversation*> Session::filteredConversations() const
 {
     const Instant instant = currentInstant();
-    std::vector<std::pair<Instant, const Conversation*>> dated;
-    for (const Conversation& conversation : m_conversations.all()) {
+    std::vector<std::pair<Instant, qsizetype>> dated;
+    for (qsizetype index = 0; const Conversation& conversation : m_conversations.all()) {
         if (isListed(conversation, instant))
-            dated.emplace_back(conversation.lastMessageAt.value_or(Instant::min()), &conversation);
+            dated.emplace_back(conversation.lastMessageAt.value_or(Instant::min()), index);
+        ++index;
     }
-    // The addresses ascend in inbox order, which breaks ties as a stable sort would.
+    // Equal instants stay in inbox order.
     std::sort(dated.begin(), dated.end(), [](const auto& left, const auto& right) {
         return left.first != right.first ? left.first > right.first : left.second < right.second;
     });
     std::vector<const Conversation*> listed(dated.size());
     std::transform(dated.begin(), dated.end(), listed.begin(),
-                   [](const auto& entry) { return entry.second; });
+                   [this](const auto& entry) { return &m_conversations.at(entry.second); });
     return listed;
 }
 

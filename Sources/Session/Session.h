@@ -189,7 +189,7 @@ Q_SIGNALS:
 
     /// The whole inbox was replaced; every pointer and position is void.
     void conversationsReset();
-    /// A conversation was added at the end of the inbox. Pointers into it are void.
+    /// A conversation was added at the end of the inbox.
     void conversationInserted(qsizetype index);
     /// The record at this position of the inbox was replaced by another one with the same id.
     void conversationChanged(qsizetype index);
@@ -243,7 +243,7 @@ private:
 
     // Inbox
     bool matchesQueue(const Conversation& conversation) const;
-    void replaceConversations(std::vector<Conversation> conversations);
+    void replaceConversations(ConversationStore conversations);
     void removeAllThreads();
     void upsert(Conversation conversation);
     /// Changes the conversation with this id in place, if it is in the inbox: @p change answers whether a

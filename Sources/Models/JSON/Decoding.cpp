@@ -12,8 +12,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Parsers keep their buffers, which are worth keeping between documents of ordinary size.
-constexpr std::size_t largestKeptCapacity = 4 * 1024 * 1024;
+/// Parsers keep their buffers, which is worth it for the frames of the live channel and small answers. The
+/// buffers are more than ten times as large as the document.
+constexpr std::size_t largestKeptCapacity = 64 * 1024;
 
 struct ParserPool {
     std::mutex mutex;

@@ -41,8 +41,8 @@ private:
         QString text;
     };
 
-    static constexpr std::size_t size = 512;
-    std::array<Entry, size> m_entries;
+    static constexpr std::size_t size = 4096;
+    std::vector<Entry> m_entries = std::vector<Entry>(size);
 };
 
 /// What readers of one document share: the texts read so far, and where a failing read leaves its reason. The
@@ -130,6 +130,15 @@ bool readValue(const Element& element, Enum& value, Context& context)
 template <Record T>
 bool readValue(const Element& element, T& record, Context& context);
 
+/// Makes room for the elements at once, so that a list holds no more memory than it needs.
+template <class List>
+void reserveFor(const simdjson::dom::array& array, List& list)
+{
+    // A hostile page of a million numbers must not reserve room for a million records.
+    constexpr std::size_t mostReserved = 16 * 1024;
+    list.reserve(static_cast<typename List::size_type>(std::min(array.size(), mostReserved)));
+}
+
 /// A strict list: one bad element fails it.
 template <StrictList List>
 bool readValue(const Element& element, List& list, Context& context)
@@ -138,6 +147,7 @@ bool readValue(const Element& element, List& list, Context& context)
     if (element.get(array) != simdjson::SUCCESS)
         return context.typeMismatch(u"an array");
     list.clear();
+    reserveFor(array, list);
     for (const Element item : array) {
         typename List::value_type value{};
         if (!readValue(item, value, context))
@@ -154,9 +164,7 @@ bool readValue(const Element& element, Lossy<Item>& list, Context& context)
     if (element.get(array) != simdjson::SUCCESS)
         return context.typeMismatch(u"an array");
     list.wrappedValue.clear();
-    // A hostile page of a million numbers must not reserve room for a million records.
-    constexpr std::size_t mostReserved = 16 * 1024;
-    list.wrappedValue.reserve(std::min<std::size_t>(array.size(), mostReserved));
+    reserveFor(array, list.wrappedValue);
     for (const Element item : array) {
         Context discarded(context.pool());
         // Decoded in place: a page of records is large, and nearly all of them are good.

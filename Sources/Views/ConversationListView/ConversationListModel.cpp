@@ -212,7 +212,7 @@ void ConversationListModel::rebuild()
 void ConversationListModel::collectEntries()
 {
     const Instant instant = now();
-    const std::vector<Conversation>& all = m_session.conversations().all();
+    const std::deque<Conversation>& all = m_session.conversations().all();
     m_agentId = m_session.agent() ? std::optional(m_session.agent()->id) : std::nullopt;
     m_entries.clear();
     m_standings.assign(all.size(), {});

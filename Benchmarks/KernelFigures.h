@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QtGlobal>
+
+/// What the kernel knows of a process, under proc(5). A process that is not there ends the program: a
+/// measurement without its subject is worth nothing.
+namespace orvia::bench {
+
+/// The proportional set size in bytes: private pages whole, shared ones by the number of their users.
+qint64 proportionalMemory(qint64 processId);
+
+/// How often a thread of the process went to sleep so far, which is as often as one woke up.
+qint64 wakeUps(qint64 processId);
+
+/// The processor time of all threads that are running still, in nanoseconds.
+qint64 processorTime(qint64 processId);
+
+} // namespace orvia::bench

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QFont>
+#include <QObject>
+#include <QTimer>
+
+#include <vector>
+
+namespace orvia {
+
+/// Finds the typefaces of scripts that the interface's own lacks, while nothing else is to be done. Asking
+/// the system for one takes milliseconds for every font and script, which would be felt when a list of texts
+/// in several scripts is painted for the first time.
+class TypefaceSearch : public QObject {
+    Q_OBJECT
+
+public:
+    /// Searches for each of @p fonts, a script at a time, and then rests.
+    explicit TypefaceSearch(std::vector<QFont> fonts, QObject* parent = nullptr);
+
+    bool isFinished() const { return !m_timer.isActive(); }
+
+private:
+    void searchNext();
+
+    std::vector<QFont> m_fonts;
+    std::size_t m_step = 0;
+    QTimer m_timer;
+};
+
+} // namespace orvia
