@@ -34,8 +34,8 @@ public:
 
     bool atEnd() const { return m_rest.isEmpty(); }
 
-    /// The next field, empty behind the last one. A copy in memory of its own, so that the address sanitizer sees
-    /// who reads past its terminating zero.
+    /// The next field, empty behind the last one. A copy in memory of its own, so that the address sanitizer
+    /// sees who reads past its terminating zero.
     QByteArray bytes()
     {
         const qsizetype end = m_rest.indexOf('\x1E');
