@@ -9,6 +9,7 @@
 #include "Session/DefaultsStore.h"
 #include "Session/Session.h"
 #include "Theme/Theme.h"
+#include "Views/DeepLink.h"
 #include "Views/RootView.h"
 
 #include <QApplication>
@@ -107,7 +108,7 @@ void OrviaApp::activate(const QString& activationToken)
 
 void OrviaApp::openLink(const QUrl& link)
 {
-    if (!RootView::conversationId(link))
+    if (!DeepLink::conversationId(link))
         return;
     // A remembered token may be refused yet; then the link waits for the sign-in that follows.
     if (!m_isEstablished)

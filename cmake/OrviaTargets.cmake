@@ -12,6 +12,11 @@ if(ORVIA_SANITIZERS)
     target_compile_options(orvia_options INTERFACE -fsanitize=${ORVIA_SANITIZERS} -fno-sanitize-recover=all)
     target_link_options(orvia_options INTERFACE -fsanitize=${ORVIA_SANITIZERS})
 endif()
+if(ORVIA_FUZZING)
+    # Tells the fuzzer which branches an input took; its main function joins the targets of Tests/Fuzzing only.
+    target_compile_options(orvia_options INTERFACE -fsanitize=fuzzer-no-link
+        -fsanitize-ignorelist=${CMAKE_SOURCE_DIR}/Tests/Fuzzing/ignorelist.txt)
+endif()
 
 # Compiles the Qt headers that almost every file includes once per kind of target.
 function(orvia_precompile target)

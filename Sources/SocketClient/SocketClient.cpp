@@ -1,9 +1,6 @@
 #include "SocketClient/SocketClient.h"
 
-#include "Models/APIJSON.h"
-
 #include <QPointer>
-#include <QStringEncoder>
 #include <QWebSocket>
 
 #include <cmath>
@@ -11,22 +8,6 @@
 namespace orvia {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// Buffers beyond this are not worth keeping between frames.
-constexpr qsizetype largestKeptBuffer = 64 * 1024;
-
-std::optional<SocketEvent> decodedEvent(QByteArrayView bytes)
-{
-    try {
-        return APIJSON::decoder.decode<SocketEvent>(bytes);
-    } catch (const DecodingError&) {
-        return std::nullopt;
-    }
-}
-
-} // namespace
 
 std::chrono::milliseconds reconnectDelay(qint64 attempt, const SocketTimings& timings)
 {
@@ -150,15 +131,12 @@ void SocketClient::listenTo(QWebSocket* socket)
                          m_attempt = 0;
                          report(true);
                      }));
-    QObject::connect(socket, &QWebSocket::binaryMessageReceived, this,
-                     whileCurrent([this](const QByteArray& message) { receive(message); }));
-    QObject::connect(socket, &QWebSocket::textMessageReceived, this,
-                     whileCurrent([this](const QString& message) {
-                         QStringEncoder encoder(QStringEncoder::Utf8);
-                         m_inbound.resize(encoder.requiredSpace(message.size()));
-                         const char* end = encoder.appendToBuffer(m_inbound.data(), message);
-                         receive(QByteArrayView(m_inbound.constData(), end));
-                     }));
+    QObject::connect(
+        socket, &QWebSocket::binaryMessageReceived, this,
+        whileCurrent([this](const QByteArray& message) { receive(m_inboundFrames.binaryFrame(message)); }));
+    QObject::connect(
+        socket, &QWebSocket::textMessageReceived, this,
+        whileCurrent([this](const QString& message) { receive(m_inboundFrames.textFrame(message)); }));
 }
 
 void SocketClient::opened()
@@ -178,13 +156,8 @@ void SocketClient::opened()
     }
 }
 
-void SocketClient::receive(QByteArrayView bytes)
+void SocketClient::receive(const std::optional<SocketEvent>& event)
 {
-    // Decoded before anybody is told: a callback may run the event loop, and with it reuse the buffer.
-    const std::optional<SocketEvent> event = decodedEvent(bytes);
-    if (m_inbound.capacity() > largestKeptBuffer)
-        m_inbound = QByteArray();
-
     const QPointer<SocketClient> self(this);
     const QWebSocket* const socket = m_socket;
     m_attempt = 0;

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "Models/SocketEvent.h"
+#include "SocketClient/InboundFrames.h"
 
-#include <QByteArray>
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
@@ -72,7 +71,7 @@ private:
     void open();
     void listenTo(QWebSocket* socket);
     void opened();
-    void receive(QByteArrayView bytes);
+    void receive(const std::optional<SocketEvent>& event);
     void lost();
     void scheduleReconnect();
     /// Lets go of the current connection, after a close frame with code 1001 where one is wanted and it is
@@ -88,8 +87,8 @@ private:
     QWebSocket* m_socket = nullptr; ///< the one connection that counts
     bool m_awaitsFirstPong = false;
     QStringList m_waitingTexts; ///< frames sent while the connection was being opened
-    QByteArray m_inbound;       ///< the bytes of the last text frame, kept for their capacity
-    int m_signalDepth = 0;      ///< how many signals of connections are being handled
+    InboundFrames m_inboundFrames;
+    int m_signalDepth = 0; ///< how many signals of connections are being handled
     QTimer m_pingTimer;
     QTimer m_handshakeTimer;
     QTimer m_reconnectTimer;

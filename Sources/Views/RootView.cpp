@@ -3,6 +3,7 @@
 #include "Session/Session.h"
 #include "Theme/Theme.h"
 #include "Views/BannerView.h"
+#include "Views/DeepLink.h"
 #include "Views/LoginView.h"
 #include "Views/MainSplitView.h"
 #include "Views/Widgets/Sheet.h"
@@ -85,19 +86,9 @@ RootView::RootView(Session& session, QWidget* parent)
     m_banner->present(session.banner());
 }
 
-std::optional<QString> RootView::conversationId(const QUrl& url)
-{
-    if (url.scheme() != "orvia"_L1 || url.host() != "conversation"_L1)
-        return std::nullopt;
-    // Split before decoding, so that an encoded slash stays part of its component.
-    const QString component = url.path(QUrl::FullyEncoded).section(u'/', -1);
-    const QString id = QUrl::fromPercentEncoding(component.toLatin1());
-    return id.isEmpty() ? std::nullopt : std::optional(id);
-}
-
 void RootView::openLink(const QUrl& url)
 {
-    if (const std::optional<QString> id = conversationId(url))
+    if (const std::optional<QString> id = DeepLink::conversationId(url))
         m_session.openFromDeepLink(*id);
 }
 

@@ -3,8 +3,6 @@
 #include <QUrl>
 #include <QWidget>
 
-#include <optional>
-
 namespace orvia {
 
 class BannerView;
@@ -21,8 +19,6 @@ public:
 
     /// Opens the conversation that @p url names; every other link is ignored.
     void openLink(const QUrl& url);
-    /// The id in orvia://conversation/ID, absent for every other link and for an empty id.
-    static std::optional<QString> conversationId(const QUrl& url);
 
     /// The screen on show: a LoginView or a MainSplitView.
     QWidget* screen() const { return m_screen; }

@@ -70,19 +70,23 @@ class Client:
         return Channel(self._origin, self._token)
 
     def _ask(self, method, path, body=None):
+        return json.loads(self.answer(method, path, body) or b"null")
+
+    def answer(self, method, path, body=None):
+        """The bytes that the service answers."""
         request = urllib.request.Request(self._origin + path, data=body, method=method)
         request.add_header("Content-Type", "application/json")
         if self._token:
             request.add_header("Authorization", f"Bearer {self._token}")
         try:
             with urllib.request.urlopen(request, timeout=30) as answer:
-                return json.loads(answer.read() or b"null")
+                return answer.read()
         except urllib.error.HTTPError as error:
             raise Refused(f"{error.code} {error.read().decode()}") from error
 
 
 class Channel:
-    """The sending half of a live channel (RFC 6455); what the service says on it is not read."""
+    """A live channel (RFC 6455). Of what the service says on it, only what is asked for is read."""
 
     def __init__(self, origin, token):
         address = urllib.parse.urlsplit(origin)
@@ -93,15 +97,26 @@ class Channel:
             "Upgrade: websocket\r\nConnection: Upgrade\r\nSec-WebSocket-Version: 13\r\n"
             f"Sec-WebSocket-Key: {key}\r\n\r\n".encode()
         )
-        answer = self._socket.recv(4096)
-        if b" 101 " not in answer.split(b"\r\n")[0]:
-            raise Refused(answer.decode(errors="replace"))
+        self._received = self._socket.makefile("rb")
+        status = self._received.readline()
+        if b" 101 " not in status:
+            raise Refused(status.decode(errors="replace"))
+        while self._received.readline() not in (b"\r\n", b""):
+            pass
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
+        self._received.close()
         self._socket.close()
+
+    def frame(self):
+        """The bytes of the next frame; the demo service sends nothing in pieces."""
+        length = self._received.read(2)[1]
+        if length >= 126:
+            length = int.from_bytes(self._received.read(2 if length == 126 else 8), "big")
+        return self._received.read(length)
 
     def view(self, conversation_id):
         self._send(type="viewing", conversationId=conversation_id)

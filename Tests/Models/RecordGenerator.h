@@ -42,7 +42,7 @@ private:
 
     void fill(QString& value)
     {
-        static const std::array<QString, 12> pieces{QStringLiteral("a"),
+        static const std::array<QString, 13> pieces{QStringLiteral("a"),
                                                     QStringLiteral("Straße "),
                                                     QStringLiteral("\""),
                                                     QStringLiteral("\\u0041"),
@@ -53,7 +53,8 @@ private:
                                                     QString(QChar(0x7F)),
                                                     QStringLiteral("\u2028"),
                                                     QStringLiteral("👩‍👩‍👧‍👦"),
-                                                    QStringLiteral("\uFFFF")};
+                                                    QStringLiteral("\uFFFF"),
+                                                    QString(QChar(QChar::ByteOrderMark))};
         value.clear();
         for (int count = below(6); count > 0; --count)
             value += pieces[static_cast<std::size_t>(below(static_cast<int>(pieces.size())))];

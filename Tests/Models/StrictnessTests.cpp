@@ -131,6 +131,7 @@ TEST(StrictJSON, AByteOrderMarkIsIgnoredAtTheBeginningOnly)
     EXPECT_FALSE(decoded<JSONValueIgnored>("\xEF\xBB\xBF\xEF\xBB\xBF{}"));
     EXPECT_FALSE(decoded<JSONValueIgnored>("\xEF\xBB\xBF"));
     EXPECT_FALSE(decoded<JSONValueIgnored>("{}\xEF\xBB\xBF"));
+    EXPECT_EQ(bodyIn("\"\xEF\xBB\xBFx\""), u"\uFEFFx"_s) << "within a document it is a character";
     EXPECT_FALSE(decoded<JSONValueIgnored>(std::string("\xFF\xFE{\0}\0", 6)));
 }
 

@@ -1,5 +1,5 @@
 #include "LaunchOptions.h"
-#include "Views/RootView.h"
+#include "Views/DeepLink.h"
 #include "Views/SplitWidths.h"
 
 #include <QTemporaryFile>
@@ -69,7 +69,7 @@ TEST(DeepLinkTest, OnlyConversationLinksNameAConversation)
         {"", std::nullopt},
     };
     for (const auto& [link, id] : links)
-        EXPECT_EQ(RootView::conversationId(QUrl(QString::fromLatin1(link))), id) << link;
+        EXPECT_EQ(DeepLink::conversationId(QUrl(QString::fromLatin1(link))), id) << link;
 }
 
 TEST(LaunchOptionsTest, UnderstandsTheCommandLine)

@@ -23,9 +23,14 @@ namespace orvia::json {
 
 using Element = simdjson::dom::element;
 
+/// Every character of @p text. The toolkit takes a byte order mark at the beginning for one of the whole
+/// document and drops it; within a document it is a character like any other.
 inline QString toQString(std::string_view text)
 {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    QString result = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    if (text.starts_with("\xEF\xBB\xBF")) [[unlikely]]
+        result.prepend(QChar(QChar::ByteOrderMark));
+    return result;
 }
 
 /// Lets equal texts of one document share their memory: an inbox repeats places, devices, identifiers and
