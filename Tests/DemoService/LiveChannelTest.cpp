@@ -126,18 +126,16 @@ TEST_F(LiveChannelTest, StrangeFramesAreWithoutEffect)
     QWebSocket stranger;
     stranger.open(*SocketClient::socketURL(service.origin(), service.tokenOf(u"dana"_s)));
     ASSERT_TRUE(waitUntil([&] { return stranger.isValid(); }));
-    const QStringList frames{
-        u"{"_s,
-        u"17"_s,
-        QString(),
-        u"{\"conversationId\":\"helen-brandt\"}"_s,
-        u"{\"type\":\"shouting\",\"conversationId\":\"helen-brandt\"}"_s,
-        u"{\"type\":\"typing\",\"conversationId\":\"helen-brandt\",\"preview\":4}"_s,
-        u"{\"type\":\"typing\",\"conversationId\":\"nobody\",\"preview\":\"a\"}"_s,
-        u"{\"type\":\"viewing\"}"_s,
-        u"{\"type\":\"viewing\",\"conversationId\":\"hiro-tanaka\"}"_s,
-        u"{\"type\":\"read\",\"conversationId\":7}"_s,
-    };
+    const QStringList frames{u"{"_s,
+                             u"17"_s,
+                             QString(),
+                             u"{\"conversationId\":\"helen-brandt\"}"_s,
+                             u"{\"type\":\"shouting\",\"conversationId\":\"helen-brandt\"}"_s,
+                             u"{\"type\":\"typing\",\"conversationId\":\"helen-brandt\",\"preview\":4}"_s,
+                             u"{\"type\":\"typing\",\"conversationId\":\"nobody\",\"preview\":\"a\"}"_s,
+                             u"{\"type\":\"viewing\"}"_s,
+                             u"{\"type\":\"viewing\",\"conversationId\":\"hiro-tanaka\"}"_s,
+                             u"{\"type\":\"read\",\"conversationId\":7}"_s};
     for (const QString& frame : frames)
         stranger.sendTextMessage(frame);
     ASSERT_TRUE(framesArrived(static_cast<std::size_t>(frames.size())));

@@ -311,16 +311,6 @@ TEST(Records, SocketEvent)
                  {"agents", Rule::optional, R"([{"id":"a2","name":"Bo"}])", {"{}", "[1]", "[{}]"}}});
 }
 
-TEST(Records, ServerSideRecordsCarryTheirIdUnderUnderscoreId)
-{
-    EXPECT_FALSE(decoded<Agent>(R"({"id":"a1","name":"Ada","role":"agent"})"));
-    EXPECT_FALSE(decoded<Product>(R"({"id":"p1","name":"Shop","slug":"shop"})"));
-    EXPECT_FALSE(decoded<CannedResponse>(R"({"id":"r1","shortcut":"hi","body":"Hi"})"));
-    EXPECT_FALSE(decoded<Message>(R"({"id":"m1","conversationId":"c1","sender":"agent","body":""})"));
-    EXPECT_FALSE(decoded<Conversation>(R"({"id":"c1","productId":"p1","status":"open","visitor":)"
-                                       + someVisitorText + "}"));
-}
-
 TEST(Records, MembersMayComeInAnyOrderAndTheLastOfARepeatedKeyCounts)
 {
     const Rating rating{.score = 2, .comment = u"b"_s};
