@@ -93,12 +93,4 @@ TEST(Dates, FailuresSayWhatWasReceived)
     EXPECT_EQ(failureOfCreation("17")->kind(), DecodingError::Kind::typeMismatch);
 }
 
-TEST(Dates, TheFractionIsReadButNotWritten)
-{
-    const auto page = decoded<VisitorPage>(R"({"at":"2024-05-01T12:30:45.123Z"})");
-    ASSERT_TRUE(page);
-    EXPECT_EQ(page->at, at(2024, 5, 1, 12, 30, 45, 123));
-    EXPECT_EQ(encoded(*page), R"({"at":"2024-05-01T12:30:45Z"})");
-}
-
 } // namespace orvia

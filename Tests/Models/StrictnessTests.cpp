@@ -69,17 +69,6 @@ TEST(StrictJSON, TextsArriveWhole)
     EXPECT_EQ(bodyIn("\"" + longText + "\""), QString(5'000'000, u'x'));
 }
 
-TEST(StrictJSON, AnEmbeddedNullSurvivesWriting)
-{
-    const Message message{.id = QString(QChar(0)),
-                          .conversationId = u"c"_s,
-                          .sender = MessageSender::agent,
-                          .body = QString(u"a"_s + QChar(0) + u"b"_s)};
-    EXPECT_EQ(encoded(message),
-              R"({"_id":"\u0000","conversationId":"c","sender":"agent","body":"a\u0000b"})");
-    EXPECT_EQ(decoded<Message>(encoded(message)), message);
-}
-
 TEST(StrictJSON, HalfASurrogatePairIsNoCharacter)
 {
     for (const char* literal :
