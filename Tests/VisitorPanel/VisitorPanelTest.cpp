@@ -2,7 +2,6 @@
 
 #include <QAccessible>
 #include <QApplication>
-#include <QClipboard>
 #include <QScrollBar>
 #include <QTest>
 
@@ -68,29 +67,6 @@ TEST_F(PanelFixture, ShowsEverySectionInOrder)
     const QAccessibleInterface* row = QAccessible::queryAccessibleInterface(only<JourneyRow>(u"Lids"_s));
     EXPECT_EQ(row->role(), QAccessible::Button);
     EXPECT_EQ(row->text(QAccessible::Description), u"1 minute ago"_s);
-}
-
-TEST_F(PanelFixture, CopiesTheAddress)
-{
-    tell(conversation);
-    scriptHistory({});
-    showPanel();
-    auto* email = only<LinkButton>(u"helen@example.de"_s);
-    ASSERT_TRUE(email);
-    EXPECT_EQ(email->toolTip(), u"Copy email address"_s);
-    EXPECT_EQ(only<Label>(u"Copied"_s), nullptr);
-    const auto copied = [this] { return names().contains(u"Copied"_s); };
-    EXPECT_FALSE(copied());
-    for (const auto& press :
-         std::vector<std::function<void()>>{[email] { QTest::mouseClick(email, Qt::LeftButton); },
-                                            [email] { QTest::keyClick(email, Qt::Key_Return); },
-                                            [email] { QTest::keyClick(email, Qt::Key_Space); }}) {
-        QApplication::clipboard()->setText(u"before"_s);
-        press();
-        EXPECT_EQ(QApplication::clipboard()->text(), u"helen@example.de"_s);
-        EXPECT_TRUE(copied());
-        EXPECT_TRUE(waitUntil([&] { return !copied(); }));
-    }
 }
 
 TEST_F(PanelFixture, OpensWhatIsAnAddress)
