@@ -11,27 +11,15 @@ struct Case {
     std::function<QCoro::Task<void>(const APIClient&)> call;
     QByteArray method;
     QByteArray target;
-    std::optional<QByteArray> body;
+    QByteArray body; ///< empty for a request without one
 };
 
+/// What the forms do not send; what they do is checked with them.
 std::vector<Case> changes()
 {
     WidgetConfig widget;
     widget.greeting = WidgetGreeting{.enabled = true, .delaySeconds = {}, .text = {}};
     return {
-        {"create an agent without products",
-         [](const APIClient& c) {
-             return c.adminCreateAgent(u"Ada"_s, u"ada@x.example"_s, u"pw"_s, AgentRole::admin, {});
-         },
-         "POST", "/v1/admin/agents",
-         R"({"name":"Ada","email":"ada@x.example","password":"pw","role":"admin","productIds":[]})"},
-        {"create an agent for products",
-         [](const APIClient& c) {
-             return c.adminCreateAgent(u"Ö"_s, u"o@x.example"_s, u"pw"_s, AgentRole::agent,
-                                       {u"p1"_s, u"p2"_s});
-         },
-         "POST", "/v1/admin/agents",
-         R"({"name":"Ö","email":"o@x.example","password":"pw","role":"agent","productIds":["p1","p2"]})"},
         {"change a password",
          [](const APIClient& c) { return c.adminUpdateAgent(u"a1"_s, {}, {}, u"new"_s); }, "PATCH",
          "/v1/admin/agents/a1", R"({"password":"new"})"},
@@ -46,24 +34,13 @@ std::vector<Case> changes()
         {"change nothing of an agent",
          [](const APIClient& c) { return c.adminUpdateAgent(u"a1"_s, {}, {}, {}); }, "PATCH",
          "/v1/admin/agents/a1", "{}"},
-        {"create a product", [](const APIClient& c) { return c.adminCreateProduct(u"Shop"_s, u"shop"_s); },
-         "POST", "/v1/admin/products", R"({"name":"Shop","slug":"shop"})"},
         {"rename a product", [](const APIClient& c) { return c.adminUpdateProduct(u"p1"_s, u"Store"_s, {}); },
          "PATCH", "/v1/admin/products/p1", R"({"name":"Store"})"},
         {"switch a greeting on",
          [widget](const APIClient& c) { return c.adminUpdateProduct(u"p1"_s, {}, widget); }, "PATCH",
          "/v1/admin/products/p1", R"({"widget":{"greeting":{"enabled":true}}})"},
-        {"create a canned response for every product",
-         [](const APIClient& c) { return c.adminCreateCanned(u"hi"_s, u"Hello!"_s, {}); }, "POST",
-         "/v1/admin/canned", R"({"shortcut":"hi","body":"Hello!"})"},
-        {"create a canned response for one product",
-         [](const APIClient& c) { return c.adminCreateCanned(u"hi"_s, u"Hello!"_s, u"p1"_s); }, "POST",
-         "/v1/admin/canned", R"({"shortcut":"hi","body":"Hello!","productId":"p1"})"},
-        {"delete a canned response",
-         [](const APIClient& c) { return c.adminDeleteCanned(u"r1"_s); },
-         "DELETE",
-         "/v1/admin/canned/r1",
-         {}},
+        {"delete a canned response", [](const APIClient& c) { return c.adminDeleteCanned(u"r1"_s); },
+         "DELETE", "/v1/admin/canned/r1", ""},
     };
 }
 
@@ -79,9 +56,9 @@ TEST_F(AdminOperations, SendTheRequestThatTheServiceExpects)
         const ReceivedRequest& request = scripted.requests().front();
         EXPECT_EQ(request.target, expected.target);
         EXPECT_EQ(request.header("Authorization"), "Bearer t0k3n");
-        EXPECT_EQ(request.body, expected.body.value_or(QByteArray()));
+        EXPECT_EQ(request.body, expected.body);
         EXPECT_EQ(request.header("Content-Type"),
-                  expected.body ? std::optional<QByteArray>("application/json") : std::nullopt);
+                  expected.body.isEmpty() ? std::nullopt : std::optional<QByteArray>("application/json"));
     }
 }
 
@@ -106,14 +83,6 @@ TEST_F(AdminOperations, LoadListsWithoutTheirMalformedElements)
     EXPECT_EQ(canned.value->front().shortcut, u"hi"_s);
     for (const ReceivedRequest& request : service.requests())
         EXPECT_EQ(request.query(), QByteArray());
-}
-
-TEST_F(AdminOperations, HandARefusalOnUnchanged)
-{
-    service.answer("POST", "/v1/admin/products",
-                   ScriptedAnswer::json(R"({"error":"Slug “shop” is taken"})", 409));
-    const auto outcome = runTask(client().adminCreateProduct(u"Shop"_s, u"shop"_s));
-    EXPECT_EQ(outcome.error, APIError(u"Slug “shop” is taken"_s, 409));
 }
 
 } // namespace

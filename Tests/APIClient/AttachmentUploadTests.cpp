@@ -61,13 +61,5 @@ TEST_F(AttachmentUpload, PostsTheBodyUnderABoundaryOfItsOwn)
     EXPECT_NE(boundaries.at(0), boundaries.at(1));
 }
 
-TEST_F(AttachmentUpload, ReportsARefusal)
-{
-    service.answer("POST", "/v1/agent/conversations/c1/attachments",
-                   ScriptedAnswer::json(R"({"error":"Too large"})", 413));
-    const auto outcome = runTask(client().uploadAttachment(u"c1"_s, u"a"_s, u"b/c"_s, "x", false));
-    EXPECT_EQ(outcome.error, APIError(u"Too large"_s, 413));
-}
-
 } // namespace
 } // namespace orvia::test

@@ -159,22 +159,6 @@ TEST_F(Request, RefusesACertificateThatNobodyVouchesFor)
     EXPECT_THAT(secure.requests(), IsEmpty()) << "the token went to a server that nobody vouches for";
 }
 
-TEST_F(Request, GivesUpWithoutProgress)
-{
-    NetworkSession impatient(NetworkSession::Limits{.timeout = 50ms, .maxBodyBytes = 1024}, nullptr);
-    const ScriptedAnswer stalls[] = {
-        ScriptedAnswer::stall(),
-        ScriptedAnswer::rawBytes("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n{",
-                                 ScriptedAnswer::Ending::stall),
-    };
-    for (const ScriptedAnswer& stall : stalls) {
-        service.answer("GET", "/v1/agent/teammates", stall);
-        const auto outcome = runTask(APIClient(service.url(), {}, &impatient).teammates());
-        EXPECT_TRUE(outcome.errorMessage().startsWith(u"Network error: "_s))
-            << outcome.errorMessage().toStdString();
-    }
-}
-
 TEST_F(Request, BoundsTheSizeOfAnAnswer)
 {
     NetworkSession small(NetworkSession::Limits{.timeout = 10s, .maxBodyBytes = 1000}, nullptr);

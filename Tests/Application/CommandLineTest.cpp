@@ -1,7 +1,5 @@
 #include "ConsoleFixture.h"
 
-#include <csignal>
-
 /// What the command line leads to.
 namespace orvia::test {
 
@@ -80,22 +78,6 @@ TEST_F(CommandLineTest, ALinkWaitsForTheAgent)
     EXPECT_EQ(timesAsked(u"/v1/agent/conversations/helen-brandt"_s), 0);
     service.holdAnswers(false);
     EXPECT_TRUE(waitForConversation(u"helen-brandt"_s));
-}
-
-TEST_F(CommandLineTest, OtherLinksAreIgnored)
-{
-    signInBeforehand();
-    for (const QString& link : {u"orvia://conversation/"_s, u"orvia://agent/helen-brandt"_s,
-                                u"https://conversation/helen-brandt"_s, u"orvia:helen-brandt"_s}) {
-        const testing::ScopedTrace trace(__FILE__, __LINE__, link.toStdString());
-        service.clearJournal();
-        Console console(arguments({link}));
-        ASSERT_TRUE(waitForChannel());
-        EXPECT_EQ(timesAsked(u"/v1/agent/conversations/helen-brandt"_s), 0);
-        console.signal(SIGTERM);
-        EXPECT_EQ(console.exitCode(), 0);
-        EXPECT_EQ(console.errors(), "");
-    }
 }
 
 } // namespace orvia::test

@@ -79,16 +79,6 @@ protected:
     PrivateFileStorage storage{bus->dataHome() + "/orvia/keychain"_L1};
 };
 
-TEST_F(OrviaAppTest, ALinkIsOpenedAfterTheSignIn)
-{
-    OrviaApp application;
-    ASSERT_TRUE(application.start({QUrl(u"orvia://conversation/helen-brandt"_s)}));
-    ASSERT_NE(signInScreen(), nullptr);
-    EXPECT_TRUE(window()->isVisible());
-    signIn();
-    EXPECT_TRUE(waitUntil([] { return timesOpened(u"helen-brandt"_s) > 0; }));
-}
-
 TEST_F(OrviaAppTest, ALinkSurvivesARefusedToken)
 {
     {

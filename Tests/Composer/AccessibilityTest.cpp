@@ -39,30 +39,6 @@ TEST_F(ComposerAccessibilityTest, NamesTheControlsByWhatTheyDoInEachMode)
     EXPECT_TRUE(interfaceOf(button(u"attachButton"_s)).state().busy);
 }
 
-TEST_F(ComposerAccessibilityTest, LetsAssistiveToolsWriteLikeTyping)
-{
-    open();
-    QAccessibleInterface& interface = interfaceOf(field());
-    EXPECT_EQ(interface.role(), QAccessible::EditableText);
-    EXPECT_TRUE(interface.state().editable);
-    EXPECT_TRUE(interface.state().multiLine);
-    QAccessibleEditableTextInterface* editable = interface.editableTextInterface();
-    ASSERT_TRUE(editable);
-    editable->insertText(0, u"Hello"_s);
-    EXPECT_EQ(text(), u"Hello"_s);
-    EXPECT_TRUE(button(u"sendButton"_s).isEnabled());
-    EXPECT_EQ(previews(), QStringList{u"Hello"_s});
-    clock += std::chrono::seconds(2);
-    editable->replaceText(0, 5, u"/g\u00a0x"_s);
-    EXPECT_EQ(text(), u"/g\u00a0x"_s);
-    composer->setCanned({makeCanned(u"g\u00a0xy"_s, u"Body"_s)});
-    EXPECT_EQ(rows(), QStringList{u"/g xy"_s});
-    EXPECT_EQ(previews().last(), u"/g\u00a0x"_s);
-    editable->deleteText(0, 4);
-    EXPECT_EQ(text(), QString());
-    EXPECT_FALSE(button(u"sendButton"_s).isEnabled());
-}
-
 TEST_F(ComposerAccessibilityTest, SuggestionsAreButtonsThatSayWhatTheyInsert)
 {
     open();

@@ -79,17 +79,6 @@ TEST_F(ComposerFieldTest, GrowsFromOneLineToSixThenScrolls)
     EXPECT_EQ(heightOf({}), heightFor(1));
 }
 
-TEST_F(ComposerFieldTest, GrowsWhileItIsTypedIn)
-{
-    show();
-    for (int lines = 2; lines <= 6; ++lines) {
-        QTest::keyClick(&field, Qt::Key_Return, Qt::ShiftModifier);
-        QCoreApplication::processEvents();
-        EXPECT_EQ(field.height(), heightFor(lines));
-        EXPECT_EQ(field.verticalScrollBar()->value(), 0);
-    }
-}
-
 TEST_F(ComposerFieldTest, CountsWrappedLinesAtEveryWidthAndBeforeItIsShown)
 {
     // Two paragraphs of some lines each: none of them may count as a single line.

@@ -6,7 +6,6 @@ namespace orvia::test {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -111,35 +110,6 @@ TEST_F(SendingTest, MentionsOnlyWhoWasPickedOnceAndIsStillNamed)
     EXPECT_EQ(sent(u"mentions"_s), QJsonArray{u"a2"_s});
 }
 
-TEST_F(SendingTest, AReplyMentionsNobodyWhateverWasPicked)
-{
-    open();
-    click(button(u"noteModeButton"_s));
-    type(u"@ann"_s);
-    press(Qt::Key_Return);
-    click(button(u"noteModeButton"_s));
-    acceptMessage();
-    press(Qt::Key_Return);
-    ASSERT_TRUE(waitUntil([&] { return !composer->messageComposer()->isSending(); }));
-    EXPECT_EQ(sent(u"body"_s), u"@Anna Berg"_s);
-    EXPECT_TRUE(sent(u"mentions"_s).isUndefined());
-    EXPECT_TRUE(sent(u"note"_s).isUndefined());
-}
-
-TEST_F(SendingTest, ReturnReplacesTheDraftByTheCannedResponseAndSendsItNext)
-{
-    open();
-    composer->setCanned({makeCanned(u"ship"_s, u"We ship\ntoday."_s)});
-    type(u"/s"_s);
-    press(Qt::Key_Return);
-    EXPECT_EQ(text(), u"We ship\ntoday."_s);
-    acceptMessage();
-    press(Qt::Key_Return);
-    ASSERT_TRUE(waitUntil([&] { return !composer->messageComposer()->isSending(); }));
-    EXPECT_EQ(sent(u"body"_s), u"We ship\ntoday."_s);
-    EXPECT_EQ(service.requests("POST", messagesPath).size(), 1U);
-}
-
 TEST_F(SendingTest, TellsWhatIsTypedButNeverANote)
 {
     open();
@@ -172,27 +142,6 @@ TEST_F(SendingTest, TheComposerMayGoWhileAMessageIsUnderWay)
     window.reset();
     held->answer(answerOf(MessageResponse{makeMessage(u"m1"_s, u"c1"_s, MessageSender::agent)}));
     EXPECT_TRUE(waitUntil([&] { return session->messages().thread(u"c1"_s).size() == 1; }));
-}
-
-TEST_F(SendingTest, TheRowGrowsWithItsField)
-{
-    open();
-    QWidget& row = *composer->messageComposer();
-    const QWidget& frame = *field().parentWidget();
-    const int least = row.height();
-    int before = least;
-    for (int lines = 1; lines <= 8; ++lines) {
-        field().setText(QStringList(lines, u"a"_s).join(u'\n'));
-        QCoreApplication::processEvents();
-        EXPECT_TRUE(frame.rect().contains(field().geometry())) << lines;
-        EXPECT_GE(row.height(), before) << lines;
-        EXPECT_EQ(button(u"attachButton"_s).geometry().bottom(), frame.geometry().bottom()) << lines;
-        before = row.height();
-    }
-    EXPECT_GT(before, least);
-    field().setText({});
-    QCoreApplication::processEvents();
-    EXPECT_EQ(row.height(), least);
 }
 
 } // namespace

@@ -55,10 +55,7 @@ TEST_F(UploadTest, SendsTheFileAndMergesTheMessageOnce)
     EXPECT_THAT(body(), Not(HasSubstr("name=\"note\"")));
 
     const Message message = makeMessage(u"m1"_s, u"c1"_s, MessageSender::agent);
-    SocketEvent live;
-    live.type = u"message"_s;
-    live.message = message;
-    session->handle(live);
+    deliver(message);
     held->answer(answerOf(MessageResponse{message}));
     ASSERT_TRUE(finishes());
     EXPECT_EQ(session->messages().thread(u"c1"_s).size(), 1U);

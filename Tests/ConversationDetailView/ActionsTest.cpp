@@ -6,8 +6,6 @@
 #include "Views/ConversationDetailView/TranscriptRules.h"
 #include "Views/Widgets/Button.h"
 
-#include <QKeyEvent>
-
 namespace orvia::test {
 namespace {
 
@@ -43,16 +41,6 @@ protected:
     }
 };
 
-TEST_F(ActionsTest, offersWhatTheConversationAllows)
-{
-    signInWith(conversation, {});
-    open();
-    EXPECT_THAT(menuTexts(), ElementsAre(u"[Assign]"_s, u"Assign to Me"_s, u"Assign to Dana Whitfield"_s,
-                                         u"Assign to Mara Ellison"_s, u"-"_s, u"[Snooze]"_s,
-                                         u"Snooze Until Tomorrow Morning"_s, u"Snooze for 3 Days"_s, u"-"_s,
-                                         u"Mute Notifications"_s, u"Close Conversation"_s));
-}
-
 TEST_F(ActionsTest, offersTheOppositeOfWhatIs)
 {
     conversation.assigneeId = u"a1"_s;
@@ -67,14 +55,6 @@ TEST_F(ActionsTest, offersTheOppositeOfWhatIs)
                             u"Unsnooze"_s, u"-"_s, u"Unmute"_s, u"Reopen Conversation"_s));
     clock += 1h;
     EXPECT_THAT(menuTexts(), Not(Contains(u"Unsnooze"_s)));
-}
-
-TEST_F(ActionsTest, showsNamesAsTheyAre)
-{
-    teammates.push_back(makeAgent(u"a3"_s, u"Tom & Jerry\t&x"_s));
-    signInWith(conversation, {});
-    open();
-    EXPECT_THAT(menuTexts(), Contains(u"Assign to Tom && Jerry &&x"_s));
 }
 
 TEST_F(ActionsTest, sendsWhatWasChosen)
@@ -123,6 +103,8 @@ TEST_F(ActionsTest, opensUnderItsButtonAndTakesTheKeyboard)
     settle();
     EXPECT_TRUE(view->actionsMenu().isVisible());
     EXPECT_TRUE(button->isDown());
+    ASSERT_TRUE(view->actionsMenu().activeAction()) << "the arrow keys go on from here";
+    EXPECT_EQ(view->actionsMenu().activeAction()->text(), u"Assign to Me"_s);
     view->actionsMenu().close();
     settle();
     EXPECT_FALSE(button->isDown());

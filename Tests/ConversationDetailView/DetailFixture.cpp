@@ -53,13 +53,8 @@ void DetailFixture::settle()
 
 void DetailFixture::receive(const std::vector<Message>& messages)
 {
-    for (const Message& message : messages) {
-        SocketEvent event;
-        event.type = u"message"_s;
-        event.conversationId = message.conversationId;
-        event.message = message;
-        session->handle(event);
-    }
+    for (const Message& message : messages)
+        deliver(message);
     settle();
 }
 

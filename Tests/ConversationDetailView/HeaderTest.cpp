@@ -1,7 +1,6 @@
 #include "DetailFixture.h"
 
 #include "Views/ConversationDetailView/ConversationHeader.h"
-#include "Views/Widgets/Button.h"
 #include "Views/Widgets/Label.h"
 
 namespace orvia::test {
@@ -11,7 +10,6 @@ using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 
 class HeaderTest : public DetailFixture {
 protected:
@@ -29,23 +27,15 @@ protected:
 
     void change(const std::function<void(Conversation&)>& edit)
     {
-        SocketEvent event;
-        event.type = u"conversation"_s;
-        event.conversation = *session->conversations().find(conversation.id);
-        edit(*event.conversation);
-        session->handle(event);
+        Conversation changed = *session->conversations().find(conversation.id);
+        edit(changed);
+        deliver(changed);
         settle();
     }
 
     void showViewers(const QStringList& names)
     {
-        SocketEvent event;
-        event.type = u"viewers"_s;
-        event.conversationId = conversation.id;
-        event.agents.emplace();
-        for (const QString& name : names)
-            event.agents->push_back({u"v-"_s + name, name});
-        session->handle(event);
+        deliverViewers(conversation.id, names);
         settle();
     }
 };
@@ -77,38 +67,6 @@ TEST_F(HeaderTest, showsAnUnknownConversationWithoutHeaderAndMenu)
     EXPECT_THAT(service.requests("GET", "/v1/agent/canned"), IsEmpty());
 }
 
-TEST_F(HeaderTest, tellsAssignmentSnoozeAndMute)
-{
-    signInWith(conversation, {});
-    open();
-    EXPECT_THAT(texts<ConversationHeaderBar>(), ElementsAre(u"Unassigned"_s));
-    change([](Conversation& c) { c.assigneeId = u"a1"_s; });
-    EXPECT_THAT(texts<ConversationHeaderBar>(), ElementsAre(u"Assigned to you"_s));
-    change([](Conversation& c) { c.assigneeId = u"a2"_s; });
-    EXPECT_THAT(texts<ConversationHeaderBar>(), ElementsAre(u"Assigned to Dana Whitfield"_s));
-    change([](Conversation& c) { c.assigneeId = u"nobody"_s; });
-    EXPECT_THAT(texts<ConversationHeaderBar>(), ElementsAre(u"Assigned to a teammate"_s));
-
-    change([this](Conversation& c) { c.snoozedUntil = clock + 72h; });
-    EXPECT_THAT(texts<ConversationHeaderBar>(), Contains(u"Snoozed in 3 days"_s));
-    change([this](Conversation& c) { c.snoozedUntil = clock; });
-    EXPECT_THAT(texts<ConversationHeaderBar>(),
-                Not(Contains(testing::Property(&QString::toStdString, testing::StartsWith("Snoozed")))));
-
-    const auto mutedMark = [this] {
-        for (const HeaderSymbol* symbol : view->findChildren<HeaderSymbol*>()) {
-            if (symbol->accessibleName() == u"Muted"_s)
-                return symbol->isVisible();
-        }
-        return false;
-    };
-    EXPECT_FALSE(mutedMark());
-    service.answer("POST", "/v1/agent/conversations/c1/mute", ScriptedAnswer::json("{}"));
-    runTask(session->setMuted(u"c1"_s, true));
-    settle();
-    EXPECT_TRUE(mutedMark());
-}
-
 TEST_F(HeaderTest, dropsTheSnoozeWhenItsTimeIsOver)
 {
     signInWith(conversation, {});
@@ -128,24 +86,6 @@ TEST_F(HeaderTest, tellsWhoElseIsLooking)
     EXPECT_THAT(texts<ConversationPresenceLine>(), ElementsAre(u"Ann and 2 others are also viewing"_s));
     showViewers({QString()});
     EXPECT_FALSE(view->findChild<ConversationPresenceLine*>()->isVisible());
-}
-
-TEST_F(HeaderTest, switchesTheVisitorPanel)
-{
-    signInWith(conversation, {});
-    open();
-    const QList<IconButton*> buttons = view->findChild<ConversationTitleBand*>()->findChildren<IconButton*>();
-    ASSERT_EQ(buttons.size(), 2);
-    EXPECT_EQ(buttons[0]->accessibleName(), u"Visitor details"_s);
-    EXPECT_EQ(buttons[1]->toolTip(), u"More actions"_s);
-    buttons[0]->click();
-    settle();
-    EXPECT_TRUE(session->showVisitorPanel());
-    EXPECT_TRUE(buttons[0]->isChecked());
-    buttons[0]->click();
-    settle();
-    EXPECT_FALSE(session->showVisitorPanel());
-    EXPECT_FALSE(buttons[0]->isChecked());
 }
 
 TEST_F(HeaderTest, outlivesNothingThatItStarted)

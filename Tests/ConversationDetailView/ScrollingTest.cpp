@@ -63,15 +63,6 @@ protected:
     }
 };
 
-TEST_F(ScrollingTest, showsTheNewestMessageAtOnce)
-{
-    signInWith(conversation, conversationOf(300));
-    open();
-    EXPECT_TRUE(isAtEnd());
-    EXPECT_GT(bar().maximum(), 0);
-    EXPECT_TRUE(transcript().isRowInSight(299));
-}
-
 TEST_F(ScrollingTest, standsAtTheBottomWhileShort)
 {
     signInWith(conversation, conversationOf(1, 5));
@@ -178,6 +169,17 @@ TEST_F(ScrollingTest, staysAtTheEndThroughEveryChangeOfSize)
         settle();
         EXPECT_TRUE(isAtEnd());
         EXPECT_TRUE(transcript().isRowInSight(499));
+    }
+}
+
+TEST_F(ScrollingTest, bringsTheRowIntoSightThatTheKeyboardReaches)
+{
+    signInWith(conversation, conversationOf(300));
+    open();
+    for (const qsizetype row : {0, 150, 299}) {
+        transcript().setCurrent({row, TranscriptView::Part::body});
+        settle();
+        EXPECT_TRUE(transcript().isRowInSight(row)) << row;
     }
 }
 

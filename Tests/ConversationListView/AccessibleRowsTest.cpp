@@ -47,18 +47,6 @@ protected:
     QAccessibleInterface* tree = nullptr;
 };
 
-TEST_F(AccessibleRowsTest, FormANamedList)
-{
-    EXPECT_EQ(tree->role(), QAccessible::List);
-    EXPECT_EQ(tree->text(QAccessible::Name), u"Conversations"_s);
-    EXPECT_EQ(tree->childCount(), 50);
-    EXPECT_EQ(tree->child(3)->role(), QAccessible::ListItem);
-    EXPECT_EQ(tree->indexOfChild(tree->child(3)), 3);
-    EXPECT_EQ(tree->child(0)->text(QAccessible::Name), u"Visitor c0, 1 minute ago, Hello, Larkspur Coffee"_s);
-    auto* refresh = view->findChild<QWidget*>(u"refresh"_s);
-    EXPECT_EQ(QAccessible::queryAccessibleInterface(refresh)->text(QAccessible::Name), u"Refresh"_s);
-}
-
 TEST_F(AccessibleRowsTest, AreThoseOfTheListAfterItChanged)
 {
     deliverMessage(u"c20"_s, minutesAgo(0));

@@ -99,12 +99,6 @@ protected:
 
     QString shownPage() { return view->findChild<QStackedWidget*>()->currentWidget()->objectName(); }
 
-    QString emptyTitle()
-    {
-        auto& page = part<QWidget>(u"emptyList"_s);
-        return page.findChild<Label*>()->text();
-    }
-
     std::size_t listRequests() { return service.requests("GET", "/v1/agent/conversations").size(); }
     bool isIdle() { return !session->isLoadingList(); }
 
@@ -158,48 +152,22 @@ TEST_F(ConversationListViewTest, ReloadsOnRequestAndWhenAnotherPageIsNeeded)
     EXPECT_EQ(listRequests(), before);
 }
 
-TEST_F(ConversationListViewTest, SaysWhyItIsEmpty)
+TEST_F(ConversationListViewTest, SaysWhyItIsEmptyOnceThatIsKnown)
 {
     sessionWith({});
     show();
-    struct Case {
-        InboxQueue queue;
-        ConversationStatus status;
-        QString title;
-    };
-    const std::vector<Case> cases{
-        {InboxQueue::all, ConversationStatus::open, u"No Open Conversations"_s},
-        {InboxQueue::all, ConversationStatus::closed, u"No Closed Conversations"_s},
-        {InboxQueue::mine, ConversationStatus::closed, u"Nothing Assigned to You"_s},
-        {InboxQueue::unassigned, ConversationStatus::open, u"Nothing Unassigned"_s},
-    };
-    for (const Case& each : cases) {
-        session->setQueue(each.queue);
-        session->setStatusFilter(each.status);
-        EXPECT_TRUE(waitUntil([&] { return isIdle(); }));
-        settle();
-        EXPECT_EQ(shownPage(), u"emptyList"_s);
-        EXPECT_EQ(emptyTitle(), each.title);
-    }
+    session->setQueue(InboxQueue::mine);
+    EXPECT_TRUE(waitUntil([&] { return isIdle(); }));
+    settle();
+    EXPECT_EQ(shownPage(), u"emptyList"_s);
+    EXPECT_EQ(part<QWidget>(u"emptyList"_s).findChild<Label*>()->text(), u"Nothing Assigned to You"_s);
+
     const auto held = service.hold("GET", "/v1/agent/conversations");
     session->setQueue(InboxQueue::all);
     settle();
     EXPECT_EQ(shownPage(), u"conversations"_s) << "nothing is known to be missing while it loads";
     held->answer(answerOf(ConversationsResponse{{{makeConversation(u"c"_s)}}}));
     EXPECT_TRUE(waitUntil([&] { return isIdle(); }));
-}
-
-TEST_F(ConversationListViewTest, KeepsTheListWhenAReloadFails)
-{
-    sessionWith({makeConversation(u"c"_s)});
-    show();
-    service.always("GET", "/v1/agent/conversations", refusal(500, "Out of order"));
-    refreshButton().click();
-    ASSERT_TRUE(waitUntil([&] { return session->banner().has_value(); }));
-    EXPECT_EQ(session->banner(), u"Out of order"_s);
-    EXPECT_EQ(shownIds(), QStringList{u"c"_s});
-    EXPECT_EQ(shownPage(), u"conversations"_s);
-    EXPECT_TRUE(waitUntil([&] { return refreshButton().isEnabled(); }));
 }
 
 TEST_F(ConversationListViewTest, BindsTheSelectionBothWays)
@@ -336,36 +304,6 @@ TEST_F(ConversationListViewTest, PaintsOnlyWhatIsInSight)
     EXPECT_LE(costOf([&] { session->setStatusFilter(ConversationStatus::closed); }), 2 * inSight);
     EXPECT_EQ(counting.sizeHints, 0);
     list().setItemDelegate(nullptr);
-}
-
-TEST_F(ConversationListViewTest, ShowsHostileTextsAsTheyAre)
-{
-    std::vector<Conversation> hostile;
-    for (const QString& name :
-         {u"<b>bold</b> & co"_s, u"line\nbreak\r\n\t\u2028"_s, QString(100'000, u'W'),
-          QString(u"\U0001F469\u200D\U0001F680"_s).repeated(9000), u"שלום עולם"_s, u"\u202Egnirts desrever"_s,
-          u"e"_s + QString(50'000, QChar(0x0301)), QString()}) {
-        Conversation conversation = makeConversation(QString::number(hostile.size()), 1);
-        conversation.visitor.name = name;
-        conversation.lastMessagePreview = name;
-        conversation.visitor.meta.emplace().geo.emplace().countryCode = name;
-        hostile.push_back(conversation);
-    }
-    products[0].name = QString(100'000, u'P');
-    sessionWith(hostile);
-    show();
-    deliverViewers(u"2"_s, {QString(100'000, u'V')});
-    settle();
-    for (const int width : {280, 120, 40}) {
-        view->resize(width, 700);
-        EXPECT_FALSE(view->grab().isNull());
-    }
-    EXPECT_TRUE(list()
-                    .model()
-                    ->index(0, 0)
-                    .data(Qt::AccessibleTextRole)
-                    .toString()
-                    .startsWith(u"<b>bold</b> & co"_s));
 }
 
 } // namespace orvia::test

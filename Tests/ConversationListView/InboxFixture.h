@@ -13,11 +13,8 @@ protected:
     /// The same with @p count open conversations "c0", "c1", ..., each a minute older than the one before.
     Session& sessionWithMany(int count);
 
-    /// What the live channel brings.
-    void deliver(const Conversation& conversation);
+    /// A visitor's message comes over the live channel.
     void deliverMessage(const QString& conversationId, Instant at, const QString& body = u"News"_s);
-    void deliverTyping(const QString& conversationId, const QString& preview);
-    void deliverViewers(const QString& conversationId, const QStringList& names);
     /// The conversation as the session has it, to be changed and delivered.
     Conversation known(const QString& id) const;
 };

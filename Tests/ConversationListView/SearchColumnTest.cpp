@@ -94,29 +94,6 @@ TEST_F(SearchColumnTest, GoesThroughItsStates)
     EXPECT_EQ(shownPage(), u"conversations"_s);
 }
 
-TEST_F(SearchColumnTest, EscapeClears)
-{
-    search(u"refund"_s);
-    QTest::keyClick(&field(), Qt::Key_Escape);
-    EXPECT_EQ(field().text(), QString());
-    EXPECT_EQ(session->searchText(), QString());
-    EXPECT_EQ(shownPage(), u"conversations"_s);
-    EXPECT_TRUE(hits().empty());
-}
-
-TEST_F(SearchColumnTest, OpensAHitByClick)
-{
-    search(u"refund"_s);
-    QTest::mouseClick(hits()[0], Qt::LeftButton);
-    EXPECT_EQ(session->selectedConversationId(), u"first"_s);
-    EXPECT_EQ(field().text(), QString());
-    EXPECT_EQ(shownPage(), u"conversations"_s);
-    ASSERT_TRUE(waitUntil([&] {
-        auto* list = view->findChild<QAbstractItemView*>(u"conversations"_s);
-        return !list->selectionModel()->selectedIndexes().isEmpty();
-    })) << "its row is selected once it is listed";
-}
-
 TEST_F(SearchColumnTest, OpensAHitByKeyboardAndKeepsTheFocusInTheColumn)
 {
     search(u"refund"_s);

@@ -42,7 +42,7 @@ constexpr Endpoint adminEndpoints[] = {
 
 } // namespace
 
-class AccessTest : public DemoTest {};
+using AccessTest = DemoTest;
 
 TEST_F(AccessTest, SignsInWithTheRightPasswordOnly)
 {

@@ -12,16 +12,6 @@ protected:
     const Message& lastMessage() { return service.thread(u"helen-brandt"_s).messages.back(); }
 };
 
-TEST_F(ConversationTest, OpeningAThreadReadsIt)
-{
-    ASSERT_EQ(helen().agentUnread, 1);
-    const auto detail = runTask(client().conversationDetail(u"helen-brandt"_s));
-    ASSERT_TRUE(detail.value);
-    EXPECT_EQ(detail.value->messages.wrappedValue, service.thread(u"helen-brandt"_s).messages);
-    EXPECT_EQ(detail.value->conversation.agentUnread, 0);
-    EXPECT_EQ(helen().agentUnread, 0);
-}
-
 TEST_F(ConversationTest, RepliesAndNotes)
 {
     const auto reply = runTask(client(u"dana"_s).sendMessage(u"helen-brandt"_s, u" Hello 👋\n"_s, false, {}));
@@ -44,27 +34,6 @@ TEST_F(ConversationTest, RepliesAndNotes)
     EXPECT_EQ(helen().visitorUnread, 1) << "the visitor does not see notes";
 }
 
-TEST_F(ConversationTest, ClosesReopensAssignsAndSnoozes)
-{
-    EXPECT_EQ(runTask(client().closeConversation(u"helen-brandt"_s)).value->status,
-              ConversationStatus::closed);
-    EXPECT_EQ(lastMessage().body, u"Conversation closed by Mara Ellison"_s);
-    EXPECT_NE(helen().lastMessagePreview, lastMessage().body) << "system messages are no preview";
-    const std::size_t count = service.thread(u"helen-brandt"_s).messages.size();
-    EXPECT_TRUE(runTask(client().closeConversation(u"helen-brandt"_s)).value);
-    EXPECT_EQ(service.thread(u"helen-brandt"_s).messages.size(), count) << "closing twice says nothing twice";
-    EXPECT_EQ(runTask(client().openConversation(u"helen-brandt"_s)).value->status, ConversationStatus::open);
-
-    EXPECT_EQ(runTask(client().assign(u"helen-brandt"_s, u"joanna"_s)).value->assigneeId, u"joanna"_s);
-    EXPECT_EQ(helen().assignedAt, now);
-    EXPECT_EQ(lastMessage().body, u"Conversation assigned to Joanna Reyes"_s);
-    EXPECT_FALSE(runTask(client().assign(u"helen-brandt"_s, std::nullopt)).value->assigneeId);
-
-    const Instant until = now + std::chrono::hours(3);
-    EXPECT_EQ(runTask(client().snooze(u"helen-brandt"_s, until)).value->snoozedUntil, until);
-    EXPECT_FALSE(runTask(client().snooze(u"helen-brandt"_s, std::nullopt)).value->snoozedUntil);
-}
-
 TEST_F(ConversationTest, AVisitorWhoWritesAgainReopensTheConversation)
 {
     const auto& conversation = service.thread(u"tim-berger"_s).conversation;
@@ -73,45 +42,6 @@ TEST_F(ConversationTest, AVisitorWhoWritesAgainReopensTheConversation)
     EXPECT_EQ(conversation.status, ConversationStatus::open);
     EXPECT_FALSE(conversation.snoozedUntil);
     EXPECT_EQ(conversation.agentUnread, 1);
-}
-
-TEST_F(ConversationTest, MutesAndKeepsPreferencesAndDevices)
-{
-    const auto muted = [this] { return runTask(client(u"dana"_s).me()).value->agent.mutedConversationIds; };
-    for (int times = 0; times < 2; ++times)
-        EXPECT_TRUE(runTask(client(u"dana"_s).setMuted(u"helen-brandt"_s, true)).value);
-    EXPECT_EQ(muted(), QStringList{u"helen-brandt"_s});
-    EXPECT_TRUE(runTask(client(u"dana"_s).setMuted(u"helen-brandt"_s, false)).value);
-    EXPECT_EQ(muted(), QStringList());
-
-    EXPECT_EQ(runTask(client().updatePreferences(NotifyMode::mentions)).value->notifyMode,
-              NotifyMode::mentions);
-    for (int times = 0; times < 2; ++times)
-        EXPECT_TRUE(runTask(client().registerDevice(u"macos"_s, u"00ff"_s)).value);
-    EXPECT_THAT(service.store().account(u"mara"_s)->devices,
-                ElementsAre(demo::Device{u"macos"_s, u"00ff"_s}));
-}
-
-TEST_F(ConversationTest, CannedResponsesAndTeammatesOfTheAgentsProducts)
-{
-    const auto shortcuts = [this](const QString& agentId, std::optional<QString> productId) {
-        QStringList list;
-        const auto answer = runTask(client(agentId).canned(productId));
-        for (const CannedResponse& canned : *answer.value)
-            list.push_back(canned.shortcut);
-        return list;
-    };
-    EXPECT_EQ(shortcuts(u"mara"_s, u"halden"_s), (QStringList{u"greet"_s, u"size-guide"_s, u"sorry"_s}));
-    EXPECT_EQ(shortcuts(u"tomas"_s, std::nullopt), (QStringList{u"greet"_s, u"planting"_s, u"sorry"_s}));
-
-    QStringList names;
-    const auto teammates = runTask(client(u"joanna"_s).teammates());
-    for (const Agent& agent : *teammates.value) {
-        names.push_back(agent.name);
-        EXPECT_FALSE(agent.mutedConversationIds) << "private to each agent";
-    }
-    EXPECT_EQ(names,
-              (QStringList{u"Mara Ellison"_s, u"Dana Whitfield"_s, u"Joanna Reyes"_s, u"Priya Raman"_s}));
 }
 
 TEST_F(ConversationTest, AttachmentsComeBackAsTheyWereSent)

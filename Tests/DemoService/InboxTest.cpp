@@ -82,15 +82,6 @@ TEST_F(InboxTest, PagesFollowEveryChange)
     EXPECT_EQ(first().lastMessageAt, now) << "fractions of a second keep the order";
 }
 
-TEST_F(InboxTest, ListsAVisitorsConversations)
-{
-    const auto history = runTask(client().visitorConversations(u"Helen.Brandt@example.de"_s));
-    EXPECT_THAT(idsOf(*history.value),
-                ElementsAre(u"helen-brandt"_s, u"helen-brandt-descaling"_s, u"helen-brandt-moka"_s));
-    EXPECT_TRUE(
-        runTask(client(u"tomas"_s).visitorConversations(u"helen.brandt@example.de"_s)).value->empty());
-}
-
 TEST_F(InboxTest, SearchFindsNamesAddressesAndMessages)
 {
     const auto results = [this](const QString& query, int limit = 20) {
@@ -119,12 +110,6 @@ TEST_F(InboxTest, SearchFindsNamesAddressesAndMessages)
     EXPECT_TRUE(snippet.contains(u"needle"_s));
     EXPECT_TRUE(snippet.startsWith(u"…"_s) && snippet.endsWith(u"…"_s)) << snippet.toStdString();
     EXPECT_LT(snippet.size(), 160);
-}
-
-TEST_F(InboxTest, CustomDataHasNumbersAndBooleans)
-{
-    const QByteArray body = request("GET", u"/v1/agent/conversations/helen-brandt"_s).body;
-    EXPECT_TRUE(body.contains(R"("Orders":7,"Newsletter":true)")) << body.left(3000).toStdString();
 }
 
 } // namespace orvia::test

@@ -1,7 +1,6 @@
 #include "DemoFixture.h"
 
 #include "DemoService/LoadGenerator.h"
-#include "DemoService/ScriptedLife.h"
 #include "DemoService/SeedData.h"
 
 #include <algorithm>
@@ -34,7 +33,7 @@ QByteArray loadedPage(quint64 seed)
 
 } // namespace
 
-class ReproductionTest : public DemoTest {};
+using ReproductionTest = DemoTest;
 
 TEST_F(ReproductionTest, TheSameSeedGivesTheSameService)
 {
@@ -83,55 +82,25 @@ TEST_F(ReproductionTest, TheTeamsLifeShowsEveryLiveFeature)
     ASSERT_TRUE(livelyService.listen());
     Listener mara(livelyService.origin(), livelyService.tokenOf(u"mara"_s));
 
-    const auto seen = [&](const std::function<bool(const SocketEvent&)>& matches) {
-        return waitUntil([&] { return std::any_of(mara.events.begin(), mara.events.end(), matches); });
+    const std::pair<const char*, std::function<bool(const SocketEvent&)>> features[] = {
+        {"a visitor types",
+         [](const auto& e) { return e.type == u"typing"_s && e.from == u"visitor"_s && e.preview; }},
+        {"a draft", [](const auto& e) { return e.type == u"typing"_s && e.agentId && *e.preview != u""_s; }},
+        {"its end", [](const auto& e) { return e.type == u"typing"_s && e.agentId && *e.preview == u""_s; }},
+        {"viewers", [](const auto& e) { return e.agents && !e.agents->empty(); }},
+        {"no viewers", [](const auto& e) { return e.agents && e.agents->empty(); }},
+        {"a receipt", [](const auto& e) { return e.type == u"read"_s && e.by == u"visitor"_s; }},
+        {"a question",
+         [](const auto& e) { return e.message && e.message->sender == MessageSender::visitor; }},
+        {"an answer", [](const auto& e) { return e.message && e.message->sender == MessageSender::agent; }},
+        {"a note", [](const auto& e) { return e.message && e.message->sender == MessageSender::note; }},
+        {"a new visitor",
+         [](const auto& e) {
+             return e.conversation && e.conversation->visitor.name == u"Robin Achterberg"_s;
+         }},
     };
-    EXPECT_TRUE(
-        seen([](const auto& e) { return e.type == u"typing"_s && e.from == u"visitor"_s && e.preview; }));
-    EXPECT_TRUE(
-        seen([](const auto& e) { return e.type == u"typing"_s && e.agentId && !e.preview->isEmpty(); }));
-    EXPECT_TRUE(
-        seen([](const auto& e) { return e.type == u"typing"_s && e.agentId && e.preview->isEmpty(); }));
-    EXPECT_TRUE(seen([](const auto& e) { return e.type == u"viewers"_s && !e.agents->empty(); }));
-    EXPECT_TRUE(seen([](const auto& e) { return e.type == u"viewers"_s && e.agents->empty(); }));
-    EXPECT_TRUE(seen([](const auto& e) { return e.type == u"read"_s && e.by == u"visitor"_s; }));
-    EXPECT_TRUE(seen([](const auto& e) { return e.message && e.message->sender == MessageSender::visitor; }));
-    EXPECT_TRUE(seen([](const auto& e) { return e.message && e.message->sender == MessageSender::agent; }));
-    EXPECT_TRUE(seen([](const auto& e) { return e.message && e.message->sender == MessageSender::note; }));
-    EXPECT_TRUE(seen([](const auto& e) {
-        return e.conversation && e.conversation->visitor.name == u"Robin Achterberg"_s;
-    }));
-}
-
-TEST(ScriptedLifeTest, PreviewsGrowByWholeCharacters)
-{
-    const QString text = u"a👩🏽‍🍳é"_s;
-    QString previous;
-    for (int step = 1; step <= 9; ++step) {
-        const QString typed = demo::typedSoFar(text, step, 9);
-        EXPECT_TRUE(typed.startsWith(previous));
-        EXPECT_TRUE(typed.isEmpty() || typed == u"a"_s || typed == u"a👩🏽‍🍳"_s || typed == text)
-            << typed.toStdString();
-        previous = typed;
-    }
-    EXPECT_EQ(previous, text);
-}
-
-TEST(SeedDataTest, DocumentsAreOfTheirSize)
-{
-    const QByteArray document = demo::pdfDocument("lid-fitting.pdf", 40'000);
-    EXPECT_TRUE(document.startsWith("%PDF-"));
-    EXPECT_TRUE(document.endsWith("%%EOF\n"));
-    EXPECT_NEAR(static_cast<double>(document.size()), 40'000, 300);
-    // The table stands where the trailer says, and each object where the table says (ISO 32000-1, 7.5).
-    const qsizetype table =
-        document.mid(document.lastIndexOf("startxref") + 10).split('\n').first().toLongLong();
-    EXPECT_EQ(document.mid(table, 4), "xref");
-    const QList<QByteArray> rows = document.mid(table).split('\n');
-    for (int object = 1; object <= 5; ++object) {
-        const qsizetype offset = rows.at(object + 2).left(10).toLongLong();
-        EXPECT_TRUE(document.mid(offset).startsWith(QByteArray::number(object) + " 0 obj")) << object;
-    }
+    for (const auto& [name, matches] : features)
+        EXPECT_TRUE(waitUntil([&] { return std::ranges::any_of(mara.events, matches); })) << name;
 }
 
 } // namespace orvia::test

@@ -33,15 +33,6 @@ class Thread(Scenario):
         urls = [message["attachment"]["url"] for message in files if message.get("attachment")]
         self.assertEqual(self.desktop.opened_links, [self.service.origin + url for url in reversed(urls)])
 
-    def test_a_rating_ends_it(self):
-        thread = self.console.open("Kenji Watanabe")
-        self.console.find(
-            "list item",
-            "Rated 5/5, “Quick and friendly. The money was back before the weekend.”",
-            within=thread,
-            description="5 of 5",
-        )
-
     def test_rows_are_read_by_keyboard(self):
         console = self.console
         thread = console.open("Helen Brandt")

@@ -107,8 +107,6 @@ QVariantList ScriptedSecretService::answer(const QDBusMessage& message, const QD
             completed << true << QVariant::fromValue(QDBusVariant(QVariant::fromValue(Paths())));
             connection.send(completed);
         }
-    } else if (member == "Dismiss"_L1) {
-        ++m_dismissals;
     }
     return {};
 }

@@ -31,8 +31,6 @@ public:
 
     /// How often the user was asked something.
     int questions() const { return m_questions; }
-    /// How often a question was taken back.
-    int dismissals() const { return m_dismissals; }
 
     QString introspect(const QString& path) const override;
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
@@ -43,7 +41,6 @@ private:
     const QString m_connectionName;
     const Behaviour m_behaviour;
     std::atomic<int> m_questions = 0;
-    std::atomic<int> m_dismissals = 0;
     QThread m_thread;
 };
 

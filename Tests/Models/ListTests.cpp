@@ -38,30 +38,6 @@ TEST(LossyLists, DropTheElementsThatFailAndKeepTheOrderOfTheRest)
     EXPECT_EQ(idsIn("[]"), QStringList());
 }
 
-TEST(LossyLists, DropAnElementWhoseNestedRecordOrDateFails)
-{
-    const std::string visitorFails =
-        R"({"_id":"c","productId":"p","visitor":{"name":"V","email":"","meta":"x"},"status":"open"})";
-    const std::string dateFails =
-        R"({"_id":"c","productId":"p","visitor":{"name":"V","email":""},"status":"open","createdAt":"2024-05-01"})";
-    EXPECT_EQ(idsIn("[" + visitorFails + "," + dateFails + "," + conversation("c3", "open") + "]"),
-              QStringList{u"c3"_s});
-}
-
-TEST(LossyLists, MustBeArrays)
-{
-    EXPECT_FALSE(decoded<ConversationsResponse>("{}"));
-    for (const std::string value : {"null", "{}", "\"\"", "0", "false"})
-        EXPECT_FALSE(decoded<ConversationsResponse>(R"({"conversations":)" + value + "}")) << value;
-}
-
-TEST(LossyLists, EncodeAsThePlainList)
-{
-    const AgentsResponse response{{{Agent{.id = u"a"_s, .name = u"A"_s, .role = AgentRole::agent}}}};
-    EXPECT_EQ(encoded(response), R"({"agents":[{"_id":"a","name":"A","email":"","role":"agent"}]})");
-    EXPECT_EQ(encoded(AgentsResponse()), R"({"agents":[]})");
-}
-
 TEST(LossyLists, AMillionBadElementsCostNothingButTime)
 {
     std::string list = "[0";

@@ -6,7 +6,6 @@
 #include "Models/SocketEvent.h"
 
 #include <QJsonDocument>
-#include <QJsonObject>
 
 namespace orvia {
 
@@ -29,24 +28,8 @@ TYPED_TEST(RoundTrips, EveryRecordReadsBackAsItWasWritten)
         const auto record = generator.make<TypeParam>();
         const std::string document = encoded(record);
         ASSERT_EQ(decoded<TypeParam>(document), record) << "seed " << seed << "\n" << document;
+        // Another parser takes it too.
         ASSERT_TRUE(QJsonDocument::fromJson(bytes(document)).isObject()) << "seed " << seed;
-    }
-}
-
-TYPED_TEST(RoundTrips, AbsentMembersAreLeftOut)
-{
-    for (unsigned seed = 0; seed < 50; ++seed) {
-        RecordGenerator generator(seed);
-        const auto record = generator.make<TypeParam>();
-        const QJsonObject object = QJsonDocument::fromJson(bytes(encoded(record))).object();
-        const auto expectWritten = [&](const auto& field) {
-            bool isPresent = true;
-            if constexpr (requires { (record.*(field.member)).has_value(); })
-                isPresent = (record.*(field.member)).has_value();
-            const auto key = QString::fromUtf8(field.key.data(), static_cast<qsizetype>(field.key.size()));
-            EXPECT_EQ(object.contains(key), isPresent) << field.key;
-        };
-        std::apply([&](const auto&... field) { (expectWritten(field), ...); }, TypeParam::fields());
     }
 }
 
@@ -87,19 +70,6 @@ TEST(RoundTripsOfPages, TextsAreSharedAndNeverMixedUp)
     for (std::size_t i = 2; i < conversations.size(); ++i)
         shared += conversations[i].productId.isSharedWith(conversations[i - 2].productId) ? 1 : 0;
     EXPECT_GE(shared, 400);
-}
-
-TEST(Hashing, RecordsAreKeysOfASet)
-{
-    RecordGenerator generator(1);
-    QSet<Message> messages;
-    for (int i = 0; i < 100; ++i) {
-        auto message = generator.make<Message>();
-        message.id = QString::number(i);
-        messages.insert(message);
-        messages.insert(message);
-    }
-    EXPECT_EQ(messages.size(), 100);
 }
 
 } // namespace orvia

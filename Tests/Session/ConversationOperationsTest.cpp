@@ -78,10 +78,7 @@ TEST_F(ConversationOperationsTest, SendsTheTrimmedTextAndMergesTheMessageOnce)
     Notifications appended(made, &Session::messageAppended);
     runTask(made.sendMessage(u"c1"_s, u"\n It does. \n"_s, false, {u"a2"_s}));
     EXPECT_EQ(bodyOf(service.requests("POST", path)), R"({"body":"It does."})");
-    SocketEvent echo;
-    echo.type = u"message"_s;
-    echo.message = reply;
-    made.handle(echo);
+    deliver(reply);
     EXPECT_EQ(appended.count, 1);
     EXPECT_EQ(made.messages().thread(u"c1"_s).size(), 1U);
     EXPECT_TRUE(holds(made, u"c1"_s, [](const Conversation& c) {

@@ -16,21 +16,6 @@ protected:
     }
 };
 
-TEST_F(IdentityTest, StartsSignedOutWithEveryFieldAtItsInitialValue)
-{
-    Session& made = makeSession();
-    EXPECT_EQ(made.token(), std::nullopt);
-    EXPECT_EQ(made.agent(), std::nullopt);
-    EXPECT_TRUE(made.conversations().isEmpty());
-    EXPECT_EQ(made.statusFilter(), ConversationStatus::open);
-    EXPECT_EQ(made.queue(), InboxQueue::all);
-    EXPECT_EQ(made.banner(), std::nullopt);
-    EXPECT_FALSE(made.socketConnected() || made.isLoadingList() || made.isSearching() || made.showSnoozed()
-                 || made.showVisitorPanel());
-    runTask(made.bootstrap());
-    EXPECT_TRUE(service.requests().empty());
-}
-
 TEST_F(IdentityTest, RestoresTheCachedIdentityOnlyWithAToken)
 {
     cacheIdentity(identityOf(self));
@@ -97,20 +82,6 @@ TEST_F(IdentityTest, SignsInAndCachesTheIdentity)
 
     Session& restarted = makeSession();
     EXPECT_EQ(restarted.agent(), self);
-}
-
-TEST_F(IdentityTest, HandsASignInFailureToItsCallerAndChangesNothing)
-{
-    service.answer("POST", "/v1/agent/login", refusal(401, "Invalid e-mail or password."));
-    Session& made = makeSession();
-    Notifications tokenChanges(made, &Session::tokenChanged);
-    const auto outcome = runTask(made.login(u"a"_s, u"b"_s));
-    ASSERT_TRUE(outcome.error);
-    EXPECT_EQ(outcome.error->message, u"Invalid e-mail or password."_s);
-    EXPECT_EQ(outcome.error->status, 401);
-    EXPECT_EQ(made.banner(), std::nullopt);
-    EXPECT_EQ(tokenChanges.count, 0);
-    EXPECT_TRUE(tokens.texts.isEmpty());
 }
 
 class RejectedTokenTest : public IdentityTest, public testing::WithParamInterface<int> {};
@@ -191,12 +162,7 @@ TEST_F(IdentityTest, SignOutEmptiesWhatItShouldAndKeepsTheFilters)
     made.setQueue(InboxQueue::mine);
     made.setSelectedConversationId(u"c1"_s);
     made.append(makeMessage(u"m1"_s, u"c1"_s), u"c1"_s);
-    SocketEvent typing;
-    typing.type = u"typing"_s;
-    typing.conversationId = u"c1"_s;
-    typing.from = u"visitor"_s;
-    typing.preview = u"Hel"_s;
-    made.handle(typing);
+    deliverTyping(u"c1"_s, u"Hel"_s);
     made.setSearchText(u"x"_s);
     made.showBanner(u"still here"_s);
     QStringList sent;
@@ -267,14 +233,6 @@ TEST_F(IdentityTest, ReportsAFailedRegistrationAndTriesAgainWithTheNextToken)
     service.answer("POST", "/v1/agent/devices", ScriptedAnswer::json("{}"));
     PushManager::shared().received(QByteArray::fromHex("00"));
     EXPECT_TRUE(waitUntil([&] { return service.requests("POST", "/v1/agent/devices").size() == 2; }));
-}
-
-TEST_F(IdentityTest, OpensTheConversationOfAClickedNotification)
-{
-    scriptInbox({});
-    Session& made = signIn();
-    PushManager::shared().handleTap({{u"conversationId"_s, u"c42"_s}});
-    EXPECT_EQ(made.selectedConversationId(), u"c42"_s);
 }
 
 TEST_F(IdentityTest, TheChannelsStateIsTakenOncePerChange)

@@ -110,12 +110,7 @@ TEST_F(SessionFixture, TimersAndCallbacksOfASessionThatIsGoneDoNothing)
     Session& made = connectLive();
     made.showBanner(u"x"_s);
     made.setSearchText(u"query"_s);
-    SocketEvent typing;
-    typing.type = u"typing"_s;
-    typing.conversationId = u"c1"_s;
-    typing.from = u"visitor"_s;
-    typing.preview = u"x"_s;
-    made.handle(typing);
+    deliverTyping(u"c1"_s, u"x"_s);
     const auto channel = service.channel();
     session.reset();
     channel->sendText(uR"({"type":"viewers","conversationId":"c1"})"_s);

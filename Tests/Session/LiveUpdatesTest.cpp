@@ -225,16 +225,4 @@ TEST_F(LiveUpdatesTest, ThrottlesTypingPerConversationAndStopsOnce)
                                   uR"({"type":"typing","conversationId":"c1","preview":"d"})"_s));
 }
 
-TEST_F(LiveUpdatesTest, TheChannelComesBackAfterTheServiceRestarts)
-{
-    Session& made = start();
-    made.setSelectedConversationId(u"c1"_s);
-    service.pause();
-    EXPECT_TRUE(waitUntil([&] { return !made.socketConnected(); }));
-    sent.clear();
-    service.resume();
-    EXPECT_TRUE(waitUntil([&] { return made.socketConnected(); }));
-    EXPECT_THAT(sent, ElementsAre(uR"({"type":"viewing","conversationId":"c1"})"_s));
-}
-
 } // namespace orvia::test

@@ -66,20 +66,6 @@ TEST_F(SearchTest, DropsAnAnswerThatCameTooLate)
     EXPECT_EQ(made.searchResults().size(), 1U);
 }
 
-TEST_F(SearchTest, AFailureEmptiesTheResultsAndTellsTheAgent)
-{
-    Session& made = start();
-    service.answer("GET", "/v1/agent/search", answerOf(SearchResponse{{{hit(makeConversation(u"c1"_s))}}}));
-    made.setSearchText(u"ab"_s);
-    ASSERT_TRUE(waitUntil([&] { return !made.searchResults().empty(); }));
-    service.answer("GET", "/v1/agent/search", refusal(503, "Search is resting."));
-    made.setSearchText(u"abc"_s);
-    EXPECT_EQ(made.searchResults().size(), 1U) << "results stay while the next search runs";
-    EXPECT_TRUE(waitUntil([&] { return made.banner() == u"Search is resting."_s; }));
-    EXPECT_TRUE(made.searchResults().empty());
-    EXPECT_FALSE(made.isSearching());
-}
-
 TEST_F(SearchTest, OpeningAHitMakesItVisible)
 {
     Session& made = start();

@@ -124,6 +124,43 @@ Session& SessionFixture::signIn()
     return made;
 }
 
+void SessionFixture::deliver(const Conversation& conversation)
+{
+    SocketEvent event;
+    event.type = u"conversation"_s;
+    event.conversation = conversation;
+    session->handle(event);
+}
+
+void SessionFixture::deliver(const Message& message)
+{
+    SocketEvent event;
+    event.type = u"message"_s;
+    event.message = message;
+    session->handle(event);
+}
+
+void SessionFixture::deliverTyping(const QString& conversationId, const QString& preview)
+{
+    SocketEvent event;
+    event.type = u"typing"_s;
+    event.from = u"visitor"_s;
+    event.conversationId = conversationId;
+    event.preview = preview;
+    session->handle(event);
+}
+
+void SessionFixture::deliverViewers(const QString& conversationId, const QStringList& names)
+{
+    SocketEvent event;
+    event.type = u"viewers"_s;
+    event.conversationId = conversationId;
+    event.agents.emplace();
+    for (const QString& name : names)
+        event.agents->push_back({u"viewer-"_s + QString::number(event.agents->size()), name});
+    session->handle(event);
+}
+
 Session& SessionFixture::connectLive()
 {
     Session& made = signIn();

@@ -96,6 +96,12 @@ protected:
     /// The same, and the live channel is up.
     Session& connectLive();
 
+    // What the live channel brings, handed to the session at once.
+    void deliver(const Conversation& conversation);
+    void deliver(const Message& message);
+    void deliverTyping(const QString& conversationId, const QString& preview);
+    void deliverViewers(const QString& conversationId, const QStringList& names);
+
     QTemporaryDir directory;
     ScriptedService service;
     DefaultsStore defaults;

@@ -3,13 +3,11 @@
 #include "Views/BannerView.h"
 #include "Views/ConversationDetailView/ConversationDetailView.h"
 #include "Views/ConversationListView/ConversationListView.h"
-#include "Views/LoginView.h"
 #include "Views/MainSplitView.h"
 #include "Views/RootView.h"
 #include "Views/SidebarView.h"
 #include "Views/VisitorPanel/VisitorPanel.h"
 #include "Views/Widgets/Button.h"
-#include "Views/Widgets/FormCard.h"
 #include "Views/Widgets/Label.h"
 #include "Views/Widgets/Picker.h"
 #include "Views/Widgets/Sheet.h"
@@ -133,32 +131,6 @@ TEST_F(ShellTest, SignInWaitsForBothFieldsAndShowsTheRefusal)
     EXPECT_TRUE(waitUntil([&] { return button->isEnabled(); }));
 }
 
-TEST_F(ShellTest, TheRootFollowsTheTokenAndClosesWhatWasOpen)
-{
-    RootView& window = openMain();
-    EXPECT_NE(qobject_cast<MainSplitView*>(window.screen()), nullptr);
-    const QPointer<Sheet> settings = openSettings();
-    service.always("DELETE", "/v1/agent/devices", ScriptedAnswer::json("{}"));
-    named<FormActionRow>(*settings, u"Sign Out"_s)->click();
-    ASSERT_NE(qobject_cast<LoginView*>(window.screen()), nullptr);
-    EXPECT_FALSE(session->token());
-    EXPECT_EQ(Sheet::topmost(&window), nullptr);
-    EXPECT_TRUE(named<TextField>(*window.screen(), u"Email"_s)->text().isEmpty());
-    EXPECT_TRUE(waitUntil([&] { return settings.isNull(); }));
-}
-
-TEST_F(ShellTest, SettingsBeforeSignInHaveNoSections)
-{
-    RootView& window = openSignIn();
-    named<Button>(window, u"Server Settings"_s)->click();
-    Sheet* sheet = Sheet::topmost(&window);
-    ASSERT_NE(sheet, nullptr);
-    EXPECT_EQ(shownTexts(*sheet), QStringList{u"Settings"_s});
-    EXPECT_EQ(sheet->confirmButton()->label(), u"Done"_s);
-    sheet->confirmButton()->click();
-    EXPECT_EQ(Sheet::topmost(&window), nullptr);
-}
-
 TEST_F(ShellTest, SettingsShowTheAgentAndCountTheMutedConversations)
 {
     struct Case {
@@ -204,16 +176,6 @@ TEST_F(ShellTest, ThePickerShowsWhatTheServiceKeeps)
     self.notifyMode = NotifyMode::mentions;
     held->answer(answerOf(AgentResponse{self}));
     EXPECT_TRUE(waitUntil([&] { return picker->currentText() == u"Mentions only"_s; }));
-}
-
-TEST_F(ShellTest, AdministratorsFindTheirScreens)
-{
-    self.role = AgentRole::admin;
-    openMain();
-    const Sheet* sheet = openSettings();
-    EXPECT_THAT(shownTexts(*sheet), testing::IsSupersetOf({u"Admin"_s, u"admin"_s}));
-    for (const QString& link : {u"Products"_s, u"Agents"_s, u"Canned Responses"_s})
-        EXPECT_TRUE(named<FormActionRow>(*sheet, link)) << link.toStdString();
 }
 
 TEST_F(ShellTest, TheSidebarWritesTheFiltersAndReloadsWhenItMust)
@@ -303,15 +265,6 @@ TEST_F(ShellTest, TheBannerComesWithItsWholeTextAndTakesNothing)
     openSettings();
     const QObjectList& children = window.children();
     EXPECT_GT(children.indexOf(banner), children.indexOf(Sheet::topmost(&window)));
-}
-
-TEST_F(ShellTest, TheBannerGoesWhenItsTimeIsOver)
-{
-    timings.bannerDismiss = 30ms;
-    RootView& window = openMain();
-    session->showBanner(u"Gone soon"_s);
-    EXPECT_TRUE(window.banner()->isVisible());
-    EXPECT_TRUE(waitUntil([&] { return !window.banner()->isVisible(); }));
 }
 
 TEST_F(ShellTest, ThePanelTakesItsRoomFromInboxAndSidebarAndGivesItBack)

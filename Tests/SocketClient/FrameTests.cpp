@@ -58,15 +58,6 @@ TEST_F(Frames, CutThePreviewToFiveHundredUserPerceivedCharacters)
     }
 }
 
-TEST_F(Frames, ReachTheServiceAsSingleTextFramesInOrder)
-{
-    connectAndWait();
-    client->sendTyping(u"c1"_s, u"größe"_s);
-    client->sendViewing(std::nullopt);
-    ASSERT_TRUE(waitUntil([this] { return service.channel()->texts().size() >= 2; }));
-    EXPECT_EQ(service.channel()->texts(), sent);
-}
-
 TEST_F(Frames, SentWhileTheHandshakeRunsFollowIt)
 {
     connectClient();
@@ -106,42 +97,6 @@ TEST_F(Frames, OfBothKindsAreDecodedAndReportedOneByOne)
     EXPECT_THAT(changes, ElementsAre(true, true, true)) << "every frame is a sign of life";
 }
 
-TEST_F(Frames, InPiecesAreOneMessage)
-{
-    connectAndWait();
-    service.channel()->sendFrame(ServerChannel::text, "{\"type\":", false);
-    service.channel()->sendFrame(ServerChannel::ping, "between");
-    service.channel()->sendFrame(ServerChannel::continuation, "\"read\"}", true);
-    ASSERT_TRUE(waitForEvents(1));
-    EXPECT_EQ(events.at(0).type, u"read"_s);
-}
-
-TEST_F(Frames, ThatDoNotDecodeAreDroppedAndTheConnectionStays)
-{
-    connectAndWait();
-    changes.clear();
-    const char* const malformed[] = {"",
-                                     "nonsense",
-                                     "17",
-                                     "[]",
-                                     "{}",
-                                     R"({"type":7})",
-                                     R"({"type":"typing","preview":42})",
-                                     R"({"type":"message","message":{"_id":"m1"}})",
-                                     R"({"type":"read","at":"yesterday"})",
-                                     R"({"type":"read"} trailing)"};
-    for (const char* frame : malformed)
-        service.channel()->sendText(QString::fromUtf8(frame));
-    service.channel()->sendBinary("{\"type\":\"\xFF\"}");
-    service.channel()->sendText(u"{\"type\":\"last\",\"preview\":null}"_s);
-    ASSERT_TRUE(waitForEvents(1));
-    EXPECT_EQ(events.size(), 1U);
-    EXPECT_EQ(events.at(0).type, u"last"_s);
-    EXPECT_EQ(losses(), 0);
-    EXPECT_EQ(changes.size(), std::size(malformed) + 2);
-    EXPECT_EQ(service.channels().size(), 1U);
-}
-
 TEST_F(Frames, OfSeveralMegabytesAreDelivered)
 {
     connectAndWait();
@@ -149,29 +104,6 @@ TEST_F(Frames, OfSeveralMegabytesAreDelivered)
     service.channel()->sendText(u"{\"type\":\"typing\",\"preview\":\"%1\"}"_s.arg(preview));
     ASSERT_TRUE(waitForEvents(1));
     EXPECT_TRUE(events.at(0).preview == preview);
-}
-
-TEST_F(Frames, BeyondTheBoundEndTheConnection)
-{
-    const auto oversized = [this](auto send) {
-        const std::size_t before = service.channels().size();
-        send(*service.channel());
-        EXPECT_TRUE(waitForChannels(before + 1)) << "the client did not reconnect";
-        EXPECT_TRUE(waitUntil([this] { return changes.back(); }));
-    };
-    connectAndWait();
-    // Only the head: the length that it announces is enough to give up.
-    oversized([](ServerChannel& channel) {
-        channel.sendRaw(ServerChannel::frameHead(ServerChannel::text, SocketClient::maxMessageBytes + 1));
-    });
-    oversized([](ServerChannel& channel) {
-        const QByteArray piece(1024 * 1024, 'x');
-        channel.sendFrame(ServerChannel::text, piece, false);
-        for (int i = 0; i < 4; ++i)
-            channel.sendFrame(ServerChannel::continuation, piece, false);
-    });
-    EXPECT_EQ(events.size(), 0U);
-    EXPECT_EQ(losses(), 2);
 }
 
 } // namespace

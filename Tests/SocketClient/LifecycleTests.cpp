@@ -82,18 +82,6 @@ TEST_F(Lifecycle, PingsAtItsIntervalAndReportsOnlyTheFirstPong)
     EXPECT_THAT(changes, ElementsAre(true));
 }
 
-TEST_F(Lifecycle, StopsPingingWhenClosed)
-{
-    SocketTimings timings = shortTimings;
-    timings.pingInterval = 1ms;
-    useTimings(timings);
-    connectAndWait();
-    client->disconnect();
-    ASSERT_TRUE(waitUntil([this] { return !service.channel()->isOpen(); }));
-    spinFor(20ms);
-    EXPECT_EQ(service.channels().size(), 1U);
-}
-
 TEST_F(Lifecycle, SaysGoingAwayWhenClosedByHandAndStaysClosed)
 {
     connectAndWait();
@@ -122,6 +110,7 @@ TEST_F(Lifecycle, ReplacesAConnectionAndNoLongerListensToIt)
     ASSERT_TRUE(waitForChannels(2));
     EXPECT_EQ(service.channel()->request().query(), "token=second");
     ASSERT_TRUE(waitUntil([&] { return !old->isOpen(); }));
+    EXPECT_EQ(old->closeCode(), 1001);
 
     service.channel()->sendText(u"{\"type\":\"new\"}"_s);
     ASSERT_TRUE(waitForEvents(1));
@@ -130,15 +119,6 @@ TEST_F(Lifecycle, ReplacesAConnectionAndNoLongerListensToIt)
     spinFor(30ms);
     EXPECT_EQ(service.upgradeRequests().size(), 2U) << "the old connection's end is no failure";
     EXPECT_EQ(losses(), 0);
-}
-
-TEST_F(Lifecycle, SaysGoingAwayToAReplacedConnection)
-{
-    connectAndWait();
-    const auto old = service.channel();
-    connectClient();
-    ASSERT_TRUE(waitUntil([&] { return old->closeCode().has_value(); }));
-    EXPECT_EQ(old->closeCode(), 1001);
 }
 
 TEST_F(Lifecycle, IgnoresABaseURLThatIsNone)

@@ -11,17 +11,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using UnicodeText::Range;
 
-TEST(ViewingCaption, NamesOneAndCountsMore)
-{
-    const ViewerAgent dana{u"1"_s, u"Dana"_s};
-    const ViewerAgent eve{u"2"_s, u"Eve"_s};
-    const ViewerAgent nameless{u"3"_s, u""_s};
-    EXPECT_EQ(ListRules::viewingCaption({}), std::nullopt);
-    EXPECT_EQ(ListRules::viewingCaption({nameless, nameless}), std::nullopt);
-    EXPECT_EQ(ListRules::viewingCaption({nameless, dana}), u"Dana viewing"_s);
-    EXPECT_EQ(ListRules::viewingCaption({dana, eve, nameless}), u"2 viewing"_s);
-}
-
 TEST(EmptyTitle, DependsOnQueueAndStatus)
 {
     using enum InboxQueue;

@@ -33,16 +33,6 @@ TEST(TimeDivider, ShowsAfterMoreThanTenMinutes)
     EXPECT_FALSE(TranscriptRules::showsTimeDivider(&timeless, first));
 }
 
-TEST(TopSpacing, DependsOnTheNeighbourAbove)
-{
-    const Message visitor = message(MessageSender::visitor);
-    const Message agent = message(MessageSender::agent);
-    EXPECT_EQ(TranscriptRules::topSpacing(nullptr, agent, false), 0);
-    EXPECT_EQ(TranscriptRules::topSpacing(&agent, agent, true), 0);
-    EXPECT_EQ(TranscriptRules::topSpacing(&agent, agent, false), 3);
-    EXPECT_EQ(TranscriptRules::topSpacing(&visitor, agent, false), 12);
-}
-
 TEST(EmailCaption, ClosesARunOfEmails)
 {
     const Message visitorMail = message(MessageSender::visitor, ten, MessageVia::email);

@@ -1,7 +1,6 @@
 #include "PanelFixture.h"
 
 #include <QApplication>
-#include <QPixmap>
 #include <QScrollBar>
 #include <QTest>
 
@@ -108,36 +107,6 @@ TEST_F(LongLists, ShrinkWithTheirData)
     conversation.visitor.meta.reset();
     tell(conversation);
     EXPECT_EQ(sections(), QStringList{u"Location"_s});
-}
-
-TEST_F(PanelFixture, CutsHostileTextsDownToALine)
-{
-    scriptHistory({});
-    const QString hostile = u"<img src=x>\n\u202E"_s.repeated(10'000);
-    VisitorMeta& meta = *conversation.visitor.meta;
-    conversation.visitor.name = hostile;
-    conversation.visitor.email = hostile;
-    meta.ip = hostile;
-    meta.url = hostile;
-    meta.language = hostile;
-    meta.data = OrderedStringMap{{{hostile, hostile}, {u"link"_s, u"https://h.example/"_s + hostile}}};
-    meta.pages = {{hostile, hostile, clock}, {u"https://h.example/"_s + hostile, {}, clock}};
-    tell(conversation);
-    showPanel();
-    EXPECT_FALSE(panel->grab().isNull());
-    EXPECT_LT(area().widget()->height(), 1'000);
-    EXPECT_EQ(area().widget()->width(), area().viewport()->width());
-    EXPECT_TRUE(names().contains(hostile)); // complete for those who listen
-    for (const QLabel* label : panel->findChildren<QLabel*>()) {
-        EXPECT_LT(label->text().size(), 1'000);
-        EXPECT_EQ(label->textFormat(), Qt::PlainText);
-    }
-    for (const QWidget* widget : panel->findChildren<QWidget*>())
-        EXPECT_LT(widget->toolTip().size(), 3'000);
-    SelectableLine* language = all<SelectableLine>().back();
-    EXPECT_LT(language->text().size(), 1'000);
-    language->setFocus();
-    EXPECT_GT(language->text().size(), 1'000); // who wants to select gets more
 }
 
 } // namespace
