@@ -117,9 +117,9 @@ void HostileWindow::typeAndLook(const QString& text)
     settle();
 }
 
-QImage HostileWindow::grab() const
+QImage HostileWindow::grab(QWidget* popup) const
 {
-    const QImage picture = root->grab().toImage();
+    const QImage picture = (popup ? popup : root.get())->grab().toImage();
     if (const QString pictures = qEnvironmentVariable("ORVIA_PICTURES"); !pictures.isEmpty()) {
         const auto* test = testing::UnitTest::GetInstance()->current_test_info();
         QString name = QString::fromLatin1(test->name()).replace(u'/', u'-');

@@ -25,8 +25,9 @@ protected:
     /// The visitor and a teammate named @p text type it, and the teammate looks on.
     void typeAndLook(const QString& text);
     void settle() const;
-    /// Also saved to the directory ORVIA_PICTURES, if that is set, under the test's name.
-    QImage grab() const;
+    /// The window, or @p popup. Also saved to the directory ORVIA_PICTURES, if that is set, under the test's
+    /// name.
+    QImage grab(QWidget* popup = nullptr) const;
 
     ConversationDetailView& detail() const { return *root->findChild<ConversationDetailView*>(); }
     TranscriptView& transcript() const { return detail().transcript(); }

@@ -184,7 +184,7 @@ TEST_F(HostilePictures, AreFetchedFourAtATimeAndDecodedOneAtATime)
 {
     // Each is nothing on the wire and 121 MiB while it is decoded.
     const QByteArray large = picture({5'600, 5'700}, "PNG");
-    constexpr int count = 12;
+    constexpr int count = 8;
     int most = 0;
     int waiting = 0;
     for (int i = 0; i < count; ++i)
