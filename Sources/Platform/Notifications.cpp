@@ -1,6 +1,7 @@
 #include "Platform/Notifications.h"
 
 #include "Platform/MessageBus.h"
+#include "Platform/ShownText.h"
 
 #include <QDBusServiceWatcher>
 
@@ -26,12 +27,15 @@ QDBusMessage callOf(const QString& method)
     return QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, method);
 }
 
-/// Servers hand texts to markup parsers, which refuse a whole text for one control character.
+/// Servers hand texts to markup parsers, which refuse a whole text for one control character, and show
+/// several texts in a row, which one of them must not turn around.
 QString shownText(const QString& text, qsizetype longest)
 {
     QString shown;
     for (const QChar character : text.left(longest + 1)) {
-        if (character.category() != QChar::Other_Control || character == u'\n' || character == u'\t')
+        const bool isLayout = character == u'\n' || character == u'\t';
+        const bool isControl = character.category() == QChar::Other_Control && !isLayout;
+        if (!isControl && !isDirectionFormatting(character.unicode()))
             shown.append(character);
     }
     if (text.size() <= longest)

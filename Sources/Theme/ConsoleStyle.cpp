@@ -136,6 +136,7 @@ int ConsoleStyle::styleHint(StyleHint hint, const QStyleOption* option, const QW
     case SH_FocusFrame_Mask:
         return 0;
     case SH_Menu_SupportsSections:
+    case SH_Menu_Scrollable: // Columns beside each other would leave the screen with a large team.
         return 1;
     case SH_Menu_Mask:
         if (auto* mask = qstyleoption_cast<QStyleHintReturnMask*>(returnData); mask && option) {

@@ -1,5 +1,6 @@
 #include "Views/BannerView.h"
 
+#include "Platform/ShownText.h"
 #include "Theme/Theme.h"
 #include "Views/Widgets/PaintShapes.h"
 
@@ -81,6 +82,7 @@ void BannerView::present(const std::optional<QString>& text)
         return;
     }
     m_text = *text;
+    m_shown = shownLine(m_text);
     if (!std::exchange(m_presented, true))
         slide(true);
     place();
@@ -129,14 +131,14 @@ QRect BannerView::panelInParent() const
 bool BannerView::isElided() const
 {
     const QFontMetrics metrics(Theme::font(TextRole::callout));
-    return metrics.horizontalAdvance(m_text.simplified()) > panel().width() - 2 * horizontalPadding;
+    return metrics.horizontalAdvance(m_shown) > panel().width() - 2 * horizontalPadding;
 }
 
 void BannerView::place()
 {
     const QFontMetrics metrics(Theme::font(TextRole::callout));
     const int room = std::min(widest, parentWidget()->width() - 2 * windowMargin);
-    const int wanted = metrics.horizontalAdvance(m_text.simplified()) + 2 * horizontalPadding + 1;
+    const int wanted = metrics.horizontalAdvance(m_shown) + 2 * horizontalPadding + 1;
     const QSize size(std::min(wanted, room), metrics.height() + 2 * verticalPadding);
     const int hidden = qRound((1 - m_share) * (size.height() + fromTop));
     resize(size.width() + 2 * shadowRoom, size.height() + 2 * shadowRoom);
@@ -153,7 +155,7 @@ void BannerView::paintEvent(QPaintEvent*)
     painter.setPen(Theme::color(ColorRole::bannerText));
     const QRect area = panel().adjusted(horizontalPadding, 0, -horizontalPadding, 0);
     painter.drawText(area, Qt::AlignCenter | Qt::TextSingleLine,
-                     painter.fontMetrics().elidedText(m_text.simplified(), Qt::ElideRight, area.width()));
+                     painter.fontMetrics().elidedText(m_shown, Qt::ElideRight, area.width()));
 }
 
 } // namespace orvia

@@ -36,6 +36,7 @@ private:
     QRect panel() const;
 
     QString m_text;
+    QString m_shown; ///< the text as it is painted
     bool m_presented = false;
     qreal m_share = 0; ///< how far in the banner is, from 0 to 1
     QVariantAnimation* m_movement;

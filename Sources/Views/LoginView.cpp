@@ -1,6 +1,7 @@
 #include "Views/LoginView.h"
 
 #include "APIClient/APIError.h"
+#include "Platform/ShownText.h"
 #include "Session/Session.h"
 #include "Theme/Theme.h"
 #include "Views/SettingsView.h"
@@ -111,7 +112,7 @@ void LoginView::updateButton()
 
 void LoginView::setErrorText(const std::optional<QString>& text)
 {
-    m_error->setText(text.value_or(QString()));
+    m_error->setText(shownLine(text.value_or(QString())));
     m_error->setVisible(text.has_value());
     if (!text)
         return;

@@ -1,5 +1,6 @@
 #include "Views/RootView.h"
 
+#include "Platform/ShownText.h"
 #include "Session/Session.h"
 #include "Theme/Theme.h"
 #include "Views/BannerView.h"
@@ -120,7 +121,7 @@ bool RootView::event(QEvent* event)
     if (event->type() == QEvent::ToolTip && m_banner->isVisible() && m_banner->isElided()) {
         const auto* help = static_cast<QHelpEvent*>(event);
         if (m_banner->panelInParent().contains(mapFromGlobal(help->globalPos()))) {
-            QToolTip::showText(help->globalPos(), m_banner->text(), this);
+            QToolTip::showText(help->globalPos(), shownToolTip(m_banner->text()), this);
             return true;
         }
     }

@@ -90,17 +90,6 @@ TEST_F(RowValuesTest, NamesANamelessHit)
               u"Visitor, 3 minutes ago, a refund please, Larkspur Coffee"_s);
 }
 
-TEST(RowTextTest, IsOneLineOfBoundedLength)
-{
-    EXPECT_EQ(rowText(u" two\r\nlines\tand <b>markup</b> &amp; "_s), u"two lines and <b>markup</b> &amp;"_s);
-    EXPECT_LE(rowText(QString(100'000, u'x')).size(), 600);
-    // Neither a pair of surrogates nor a letter with marks is cut through.
-    const QString faces = QString(u"\U0001F600"_s).repeated(50'000);
-    EXPECT_TRUE(faces.startsWith(rowText(u"x"_s + faces).mid(1)));
-    EXPECT_FALSE(rowText(u"x"_s + faces).back().isHighSurrogate());
-    EXPECT_LE(rowText(u"a"_s + QString(100'000, QChar(0x0301))).size(), 600);
-}
-
 TEST(RowTextTest, ShowsATextWholeInTheWidthItAsksFor)
 {
     const QFont font = Theme::font(TextRole::caption);

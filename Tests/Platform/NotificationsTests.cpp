@@ -90,7 +90,7 @@ TEST_F(NotificationsTest, ShowsTextAsItIsWrittenWhateverTheServerUnderstands)
     };
     for (const Case& expected : cases) {
         NotificationServer server(bus, expected.capabilities);
-        present(server, {.title = u"A & \x1b<b>\x07"_s, .body = u"<i>x</i> & \"y\"\nz"_s});
+        present(server, {.title = u"A & \x1b\u202E<b>\x07"_s, .body = u"<i>x</i> & \"y\"\nz"_s});
         const NotificationServer::Shown shown = server.shown.constLast();
         EXPECT_EQ(shown.title, expected.title);
         EXPECT_EQ(shown.body, expected.body);

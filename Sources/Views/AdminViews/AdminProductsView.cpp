@@ -1,5 +1,6 @@
 #include "Views/AdminViews/AdminProductsView.h"
 
+#include "Platform/ShownText.h"
 #include "Session/Session.h"
 #include "Views/AdminViews/CreateProductSheet.h"
 #include "Views/AdminViews/EditProductSheet.h"
@@ -35,13 +36,14 @@ void fillKeyLabel(QWidget& control, const AdminRow& row, const QRect& content)
 {
     auto& label = static_cast<Label&>(control);
     // Setting the same text would drop what is selected in it.
-    if (label.text() != row.code) {
-        label.setText(row.code);
+    const QString code = shownLine(row.code);
+    if (label.text() != code) {
+        label.setText(code);
         label.setAccessibleDescription(row.title);
     }
     const QRect place = AdminRowGeometry::of(row, content, 0, label.layoutDirection()).code;
-    const bool isCut = label.fontMetrics().horizontalAdvance(row.code) > place.width();
-    label.setToolTip(isCut ? row.code : QString());
+    const bool isCut = label.fontMetrics().horizontalAdvance(code) > place.width();
+    label.setToolTip(isCut ? shownToolTip(row.code) : QString());
     label.setGeometry(place);
 }
 

@@ -45,7 +45,7 @@ int lineGap(bool hasTag)
 
 int advance(TextRole role, const QString& text)
 {
-    return text.isEmpty() ? 0 : QFontMetrics(Theme::font(role)).horizontalAdvance(rowText(text)) + 1;
+    return text.isEmpty() ? 0 : QFontMetrics(Theme::font(role)).horizontalAdvance(shownLine(text)) + 1;
 }
 
 QRect centered(int x, int width, int height, const QRect& line)
@@ -86,7 +86,7 @@ AdminRowGeometry AdminRowGeometry::of(const AdminRow& row, const QRect& area, in
     const int titleWidth = advance(row.titleIsCode ? TextRole::code : TextRole::bodyMedium, row.title);
     geometry.title = first;
     if (!row.tag.isEmpty()) {
-        const QSize size = Tag::sizeFor(rowText(row.tag));
+        const QSize size = Tag::sizeFor(shownLine(row.tag));
         const int room = first.width() - tagGap;
         const int tagWidth = std::min(size.width(), std::max(room - titleWidth, leastTagWidth));
         geometry.title.setWidth(std::min(titleWidth, room - tagWidth));

@@ -68,16 +68,16 @@ void AdminRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     const AdminRow row = m_list.rows().row(index.row());
     const auto parts = AdminRowGeometry::of(row, AdminListView::contentArea(option.rect), m_list.trailing(),
                                             option.direction);
-    paintRowText(*painter, parts.title, rowText(row.title),
+    paintRowText(*painter, parts.title, shownLine(row.title),
                  Theme::font(row.titleIsCode ? TextRole::code : TextRole::bodyMedium),
                  Theme::color(ColorRole::textPrimary), option.direction);
-    paintRowText(*painter, parts.detail, rowText(row.detail), Theme::font(TextRole::footnote),
+    paintRowText(*painter, parts.detail, shownLine(row.detail), Theme::font(TextRole::footnote),
                  Theme::color(ColorRole::textSecondary), option.direction);
     if (!row.tag.isEmpty()) {
         const ColorRole fill = option.state.testFlag(QStyle::State_Selected) ? ColorRole::tagSelected
                                : isHovered                                   ? ColorRole::tagHover
                                                                              : ColorRole::tag;
-        Tag::paint(*painter, parts.tag, rowText(row.tag), fill);
+        Tag::paint(*painter, parts.tag, shownLine(row.tag), fill);
     }
     if (!row.badge.isEmpty())
         BadgeLabel::paint(*painter, parts.badge, row.badge);
@@ -92,21 +92,21 @@ bool AdminRowDelegate::helpEvent(QHelpEvent* event, QAbstractItemView*, const QS
     const auto parts = AdminRowGeometry::of(row, AdminListView::contentArea(m_list.visualRect(index)),
                                             m_list.trailing(), option.direction);
     const auto isCut = [](const QString& text, const QRect& part, TextRole role) {
-        return QFontMetrics(Theme::font(role)).horizontalAdvance(rowText(text)) > part.width();
+        return QFontMetrics(Theme::font(role)).horizontalAdvance(shownLine(text)) > part.width();
     };
     const auto pointsAt = [event](const QRect& part) { return part.contains(event->pos()); };
     QString text;
     if (pointsAt(parts.title)
         && isCut(row.title, parts.title, row.titleIsCode ? TextRole::code : TextRole::bodyMedium))
         text = row.title;
-    else if (pointsAt(parts.tag) && parts.tag.width() < Tag::sizeFor(rowText(row.tag)).width())
+    else if (pointsAt(parts.tag) && parts.tag.width() < Tag::sizeFor(shownLine(row.tag)).width())
         text = row.tag;
     else if (pointsAt(parts.detail) && isCut(row.detail, parts.detail, TextRole::footnote))
         text = row.detail;
     if (text.isEmpty())
         QToolTip::hideText();
     else
-        QToolTip::showText(event->globalPos(), text, m_list.viewport());
+        QToolTip::showText(event->globalPos(), shownToolTip(text), m_list.viewport());
     return true;
 }
 

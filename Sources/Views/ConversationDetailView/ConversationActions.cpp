@@ -1,5 +1,6 @@
 #include "Views/ConversationDetailView/ConversationActions.h"
 
+#include "Platform/ShownText.h"
 #include "Views/ConversationDetailView/TranscriptRules.h"
 
 #include <QCoreApplication>
@@ -31,12 +32,13 @@ QString sectionTitle(Section section)
     return {};
 }
 
-/// An action's text as it stands: a single "&" would mark a mnemonic, a tab would begin a shortcut.
-QString literal(QString text)
+/// Wide enough for a name and narrow enough for a menu, in code units.
+constexpr qsizetype longestItem = 80;
+
+/// An action's text as it stands: a single "&" would mark a mnemonic.
+QString literal(const QString& text)
 {
-    text.replace(u'\t', u' ');
-    text.replace(u'\n', u' ');
-    return text.replace("&"_L1, "&&"_L1);
+    return shownLine(text, longestItem).replace("&"_L1, "&&"_L1);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "Views/ConversationDetailView/ConversationDetailView.h"
 
 #include "Platform/RelativeTime.h"
+#include "Platform/ShownText.h"
 #include "Views/ConversationDetailView/ConversationActions.h"
 #include "Views/ConversationDetailView/ConversationComposer.h"
 #include "Views/ConversationDetailView/ConversationHeader.h"
@@ -20,7 +21,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int longestWait = 24 * 60 * 60 * 1000;
+/// The clock may be set, and the timer's own stands still while the machine sleeps.
+constexpr int longestWait = 10 * 60 * 1000;
+constexpr qsizetype longestWindowTitle = 200;
 
 } // namespace
 
@@ -124,8 +127,11 @@ void ConversationDetailView::refresh()
     const Conversation* shown = conversation();
     const QString title = shown ? shown->visitor.name : tr("Conversation");
     m_titleBand->setTitle(title, shown ? shown->visitor.email : QString());
-    if (isVisible())
-        window()->setWindowTitle(tr("%1 — Orvia").arg(title.simplified().left(200)));
+    if (isVisible()) {
+        // "[*]" would stand for the mark of a changed document.
+        const QString shownTitle = shownLine(title, longestWindowTitle).replace("[*]"_L1, "[*][*]"_L1);
+        window()->setWindowTitle(tr("%1 — Orvia").arg(shownTitle));
+    }
     m_titleBand->visitorDetailsButton()->setChecked(m_session.showVisitorPanel());
     m_titleBand->moreActionsButton()->setVisible(shown);
     m_headerBar->setVisible(shown);

@@ -21,19 +21,11 @@ constexpr int presenceIcon = 14;
 constexpr int presenceHeight = 26;
 constexpr int headerBottom = 12;
 
-/// What a one-line label keeps of a text from the network; the rest could never be seen.
-constexpr qsizetype longestLabel = 1000;
-
 ElidedLabel* makeLabel(TextRole role, ColorRole color, QWidget* parent)
 {
     auto* label = new ElidedLabel({}, role, color, parent);
     label->setAlignment(Qt::AlignLeading | Qt::AlignVCenter);
     return label;
-}
-
-void setBoundedText(ElidedLabel* label, const QString& text)
-{
-    label->setText(text.left(longestLabel));
 }
 
 } // namespace
@@ -66,8 +58,8 @@ ConversationTitleBand::ConversationTitleBand(QWidget* parent)
 
 void ConversationTitleBand::setTitle(const QString& title, const QString& subtitle)
 {
-    setBoundedText(m_title, title);
-    setBoundedText(m_subtitle, subtitle);
+    m_title->setText(title);
+    m_subtitle->setText(subtitle);
     m_subtitle->setVisible(!subtitle.isEmpty());
 }
 
@@ -128,7 +120,7 @@ ConversationHeaderBar::ConversationHeaderBar(QWidget* parent)
 void ConversationHeaderBar::setContents(const Contents& contents)
 {
     m_person->setIconName(contents.isAssigned ? u"person-fill"_s : u"person-add"_s);
-    setBoundedText(m_assignment, contents.assignment);
+    m_assignment->setText(contents.assignment);
     m_snoozedText->setText(contents.snoozed.value_or(QString()));
     m_snoozed->setVisible(contents.snoozed.has_value());
     m_muted->setVisible(contents.isMuted);
@@ -155,7 +147,7 @@ ConversationPresenceLine::ConversationPresenceLine(QWidget* parent)
 
 void ConversationPresenceLine::setText(const std::optional<QString>& text)
 {
-    setBoundedText(m_text, text.value_or(QString()));
+    m_text->setText(text.value_or(QString()));
     setVisible(text.has_value());
 }
 

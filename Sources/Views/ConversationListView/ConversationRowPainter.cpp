@@ -88,8 +88,9 @@ void ConversationRowPainter::paint(QPainter& painter, const QRect& area, const C
     paintFirstLine(painter, area, lineAt(y, m_nameLine), row, state, now);
     y += m_nameLine;
     const ColorRole textColor = row.isUnread ? ColorRole::textPrimary : ColorRole::textSecondary;
-    paintRowText(painter, QStyle::visualRect(state.direction, area, lineAt(y, m_textLine)), rowText(row.text),
-                 row.isTyping ? m_typingFont : m_textFont, Theme::color(textColor), state.direction);
+    paintRowText(painter, QStyle::visualRect(state.direction, area, lineAt(y, m_textLine)),
+                 shownLine(row.text), row.isTyping ? m_typingFont : m_textFont, Theme::color(textColor),
+                 state.direction);
     y += m_textLine + Spacing::xSmall;
     paintBadges(painter, area, lineAt(y, m_badgeLine), row, state);
 }
@@ -113,14 +114,14 @@ void ConversationRowPainter::paintFirstLine(QPainter& painter, const QRect& area
     paintRowText(painter, place(line.right() + 1 - timeWidth, timeWidth), time, m_captionFont, secondary,
                  state.direction);
 
-    const QString code = rowText(row.countryCode);
+    const QString code = shownLine(row.countryCode);
     int codeWidth = advance(m_microFont, code);
     const int free = line.width() - timeWidth - (timeWidth ? Spacing::small : 0);
     // A code that is none must not push the name away.
     codeWidth = std::min(codeWidth, free / 4);
     const int nameWidth = free - (codeWidth ? codeWidth + Spacing::iconGap : 0);
     const ColorRole nameColor = row.isClosed ? ColorRole::textSecondary : ColorRole::textPrimary;
-    const int taken = paintRowText(painter, place(line.left(), nameWidth), rowText(row.name), m_nameFont,
+    const int taken = paintRowText(painter, place(line.left(), nameWidth), shownLine(row.name), m_nameFont,
                                    Theme::color(nameColor), state.direction);
     const int codeX = line.left() + taken + (taken ? Spacing::iconGap : 0);
     paintRowText(painter, place(codeX, codeWidth), code, m_microFont, secondary, state.direction);
@@ -129,8 +130,8 @@ void ConversationRowPainter::paintFirstLine(QPainter& painter, const QRect& area
 void ConversationRowPainter::paintBadges(QPainter& painter, const QRect& area, const QRect& line,
                                          const ConversationRow& row, const RowState& state) const
 {
-    const QString product = rowText(row.productName);
-    const QString caption = rowText(row.viewingCaption);
+    const QString product = shownLine(row.productName);
+    const QString caption = shownLine(row.viewingCaption);
     const QString snoozed =
         row.isSnoozed ? QCoreApplication::translate("ConversationListView", "Snoozed") : QString();
     const int ratingWidth = advance(m_captionFont, row.rating);

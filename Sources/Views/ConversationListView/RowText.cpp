@@ -1,27 +1,12 @@
 #include "Views/ConversationListView/RowText.h"
 
-#include <QTextBoundaryFinder>
-
 namespace orvia {
 
 namespace {
 
-/// Wider than any column at any type size, in code units.
-constexpr qsizetype longestRowText = 600;
+constexpr int overhang = 4;
 
 } // namespace
-
-QString rowText(const QString& text)
-{
-    if (text.size() <= longestRowText)
-        return text.simplified();
-    const QString head = text.left(longestRowText);
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, head);
-    finder.setPosition(longestRowText);
-    const qsizetype boundary = finder.toPreviousBoundary();
-    // Its last character may have been cut through; what follows is elided anyway.
-    return head.left(boundary > 0 ? boundary : longestRowText).simplified();
-}
 
 int paintRowText(QPainter& painter, const QRect& area, const QString& text, const QFont& font,
                  const QColor& color, Qt::LayoutDirection direction)
@@ -34,6 +19,9 @@ int paintRowText(QPainter& painter, const QRect& area, const QString& text, cons
     const QString shown =
         advance <= area.width() ? text : metrics.elidedText(text, Qt::ElideRight, area.width());
     const int width = std::min(metrics.horizontalAdvance(shown), area.width());
+    painter.save();
+    // Marks above and below a letter must not reach other lines; letters may lean out a little at the sides.
+    painter.setClipRect(area.adjusted(-overhang, 0, overhang, 0), Qt::IntersectClip);
     painter.setFont(font);
     painter.setPen(color);
     painter.setLayoutDirection(shown.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
@@ -42,6 +30,7 @@ int paintRowText(QPainter& painter, const QRect& area, const QString& text, cons
                      static_cast<int>(leading | Qt::AlignAbsolute | Qt::AlignVCenter) | Qt::TextSingleLine
                          | Qt::TextDontClip,
                      shown);
+    painter.restore();
     return width;
 }
 

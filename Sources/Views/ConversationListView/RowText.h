@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/ShownText.h"
+
 #include <QFont>
 #include <QFontMetrics>
 #include <QPainter>
@@ -8,12 +10,9 @@
 
 namespace orvia {
 
-/// @p text on one line, and cut where no row is wide enough to show it, so that laying out a text of any
-/// length costs the same. The service's texts go through here before they are painted.
-QString rowText(const QString& text);
-
-/// Paints @p text at the leading edge of @p area, centred vertically and elided where it does not fit. The
-/// text's own direction orders its letters, @p direction says which edge leads. Answers the width it took.
+/// Paints @p text, one that @c shownLine answered, at the leading edge of @p area, centred vertically and
+/// elided where it does not fit. The text's own direction orders its letters, @p direction says which edge
+/// leads. Answers the width it took.
 int paintRowText(QPainter& painter, const QRect& area, const QString& text, const QFont& font,
                  const QColor& color, Qt::LayoutDirection direction);
 

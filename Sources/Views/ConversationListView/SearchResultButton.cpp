@@ -131,7 +131,7 @@ void SearchResultButton::paintEvent(QPaintEvent*)
     int y = topPadding + m_firstLine;
     text.paint(painter, QPointF(sidePadding, y));
     y += text.height() + Spacing::xSmall;
-    if (const QString product = rowText(m_row.productName); !product.isEmpty()) {
+    if (const QString product = shownLine(m_row.productName); !product.isEmpty()) {
         const QSize size = Tag::sizeFor(product).boundedTo({inner, m_tagLine});
         const QRect tag(sidePadding, y + (m_tagLine - size.height()) / 2, size.width(), size.height());
         Tag::paint(painter, QStyle::visualRect(layoutDirection(), rect(), tag), product,
@@ -151,7 +151,7 @@ void SearchResultButton::paintFirstLine(QPainter& painter, const QRect& line) co
     paintRowText(painter, place(line.right() + 1 - timeWidth, timeWidth), time, timeFont,
                  Theme::color(ColorRole::textSecondary), layoutDirection());
     const int nameWidth = line.width() - timeWidth - (timeWidth ? Spacing::small : 0);
-    paintRowText(painter, place(line.left(), nameWidth), rowText(m_row.name),
+    paintRowText(painter, place(line.left(), nameWidth), shownLine(m_row.name),
                  Theme::font(TextRole::bodyStrong), Theme::color(ColorRole::textPrimary), layoutDirection());
 }
 

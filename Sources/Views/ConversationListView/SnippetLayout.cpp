@@ -23,8 +23,8 @@ SnippetLayout::SnippetLayout(const QString& snippet, const QString& query, int w
     : m_width(std::max(width, 1))
     , m_lineHeight(Theme::lineHeight(TextRole::callout))
 {
-    const QString text = rowText(snippet);
-    m_hits = ListRules::highlighted(text, rowText(query));
+    const QString text = shownLine(snippet);
+    m_hits = ListRules::highlighted(text, shownLine(query));
     const QFont font = Theme::font(TextRole::callout);
     m_lineHeight = std::max(m_lineHeight, QFontMetrics(font).height());
     m_layout.setFont(font);

@@ -28,6 +28,9 @@ void TimeTick::request(const std::optional<Instant>& then)
         return;
     const Instant instant = m_now();
     Instant due = nextRelativeTimeChange(*then, instant);
+    // A tick in the future means that the clock was set back.
+    if (m_last > instant)
+        m_last.reset();
     if (m_last)
         due = std::max(due, *m_last + m_leastSpacing);
     due = std::min(due, instant + std::max(longestWait, m_leastSpacing));

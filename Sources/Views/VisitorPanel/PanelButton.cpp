@@ -65,8 +65,8 @@ LinkButton::LinkButton(Kind kind, QWidget* parent)
 void LinkButton::setTexts(const QString& text, const QString& title)
 {
     setAccessibleName(title.isEmpty() ? text : title + ", "_L1 + text);
-    m_text = panelLine(text);
-    m_title = panelLine(title);
+    m_text = shownLine(text);
+    m_title = shownLine(title);
     updateGeometry();
     update();
 }

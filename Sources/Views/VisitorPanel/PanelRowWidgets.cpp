@@ -65,14 +65,14 @@ void SelectableLine::setValue(const QString& value, const QString& description)
     if (value == m_value)
         return;
     m_value = value;
-    setToolTip(panelToolTip(value));
+    setToolTip(shownToolTip(value));
     showText(hasFocus());
 }
 
 void SelectableLine::showText(bool whole)
 {
     // Laying out a very long text takes time that is worth it only for somebody who wants to select in it.
-    setText(whole ? m_value : panelLine(m_value));
+    setText(whole ? m_value : shownLine(m_value));
     setCursorPosition(0);
 }
 
@@ -90,7 +90,7 @@ void SelectableLine::paintEvent(QPaintEvent* event)
     QPainter painter(this);
     painter.setPen(Theme::color(ColorRole::textPrimary));
     painter.drawText(rect(), Qt::AlignLeading | Qt::AlignVCenter | Qt::TextSingleLine,
-                     fontMetrics().elidedText(panelLine(m_value), Qt::ElideRight, width()));
+                     fontMetrics().elidedText(shownLine(m_value), Qt::ElideRight, width()));
 }
 
 void SelectableLine::focusInEvent(QFocusEvent* event)
@@ -134,7 +134,7 @@ void LabelledRow::setTexts(const QString& label, const QString& value, bool isLi
     m_isLink = isLink;
     if (isLink) {
         m_link->setTexts(value);
-        m_link->setToolTip(panelToolTip(value));
+        m_link->setToolTip(shownToolTip(value));
         m_link->setAccessibleDescription(description);
     } else {
         m_text->setValue(value, description);
@@ -162,8 +162,8 @@ void JourneyRow::setTexts(const QString& label, const QString& time, const QStri
 {
     setAccessibleName(label);
     setAccessibleDescription(joined({time, place}));
-    setToolTip(panelToolTip(label));
-    m_label = panelLine(label);
+    setToolTip(shownToolTip(label));
+    m_label = shownLine(label);
     m_time = time;
     update();
 }
@@ -201,10 +201,10 @@ void HistoryRow::setTexts(const QString& status, const QString& date, const QStr
 {
     setAccessibleName(joined({status, date, preview}));
     setAccessibleDescription(place);
-    setToolTip(panelToolTip(preview));
+    setToolTip(shownToolTip(preview));
     m_status = status;
     m_date = date;
-    m_preview = panelLine(preview);
+    m_preview = shownLine(preview);
     update();
 }
 

@@ -4,31 +4,6 @@
 
 namespace orvia {
 
-namespace {
-
-constexpr qsizetype longestLine = 500;
-constexpr qsizetype longestToolTip = 2000;
-
-QString bounded(const QString& text, qsizetype limit)
-{
-    if (text.size() <= limit)
-        return text;
-    const qsizetype end = text.at(limit - 1).isHighSurrogate() ? limit - 1 : limit;
-    return text.first(end) + QChar(0x2026);
-}
-
-} // namespace
-
-QString panelLine(const QString& text)
-{
-    return bounded(text, longestLine).simplified();
-}
-
-QString panelToolTip(const QString& text)
-{
-    return bounded(text, longestToolTip);
-}
-
 PanelLine::PanelLine(TextRole role, ColorRole color, QWidget* parent)
     : ElidedLabel(QString(), role, color, parent)
 {
@@ -38,11 +13,11 @@ void PanelLine::setLine(const QString& text)
 {
     if (text != m_text) {
         m_text = text;
-        setText(panelLine(text));
+        setText(shownLine(text));
         setAccessibleName(text);
         setToolTip(QString());
-        if (text.size() > longestLine)
-            setToolTip(panelToolTip(text));
+        if (text.size() > longestShownLine)
+            setToolTip(shownToolTip(text));
     }
     setVisible(!text.isEmpty());
 }

@@ -1,15 +1,9 @@
 #pragma once
 
+#include "Platform/ShownText.h"
 #include "Views/Widgets/Label.h"
 
 namespace orvia {
-
-/// As much of a text as one line of the panel could ever show, on one line. A hostile name of megabytes costs
-/// no more than a long one.
-QString panelLine(const QString& text);
-
-/// As much of a text as a tooltip can sensibly show.
-QString panelToolTip(const QString& text);
 
 /// One line of the panel. What does not fit is elided; the accessible name is the whole text.
 class PanelLine : public ElidedLabel {

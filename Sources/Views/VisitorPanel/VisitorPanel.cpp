@@ -135,7 +135,7 @@ void VisitorPanel::refreshCurrentPage()
     if (!current)
         return;
     m_currentPage->setTexts(*current->url, current->title.value_or(QString()));
-    m_currentPage->setToolTip(panelToolTip(*current->url));
+    m_currentPage->setToolTip(shownToolTip(*current->url));
     m_currentPage->setAccessibleDescription(*current->url);
 }
 

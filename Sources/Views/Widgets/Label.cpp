@@ -1,5 +1,7 @@
 #include "Views/Widgets/Label.h"
 
+#include "Platform/ShownText.h"
+
 #include <QHelpEvent>
 #include <QPainter>
 #include <QToolTip>
@@ -45,7 +47,7 @@ ElidedLabel::ElidedLabel(const QString& text, TextRole role, ColorRole color, QW
 
 QString ElidedLabel::singleLine() const
 {
-    return text().simplified();
+    return shownLine(text());
 }
 
 bool ElidedLabel::isElided() const
@@ -70,7 +72,7 @@ bool ElidedLabel::event(QEvent* event)
 {
     if (event->type() == QEvent::ToolTip && toolTip().isEmpty()) {
         if (isElided())
-            QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), text(), this);
+            QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), shownToolTip(text()), this);
         else
             QToolTip::hideText();
         return true;

@@ -1,5 +1,6 @@
 #include "Views/Widgets/Picker.h"
 
+#include "Platform/ShownText.h"
 #include "Theme/Theme.h"
 #include "Views/Widgets/FocusRing.h"
 #include "Views/Widgets/PaintShapes.h"
@@ -44,7 +45,8 @@ public:
         painter->setFont(Theme::font(TextRole::body));
         painter->setPen(Theme::color(role));
         const QRect textArea = inner.adjusted(0, 0, -indicatorSize - indicatorGap, 0);
-        const QString text = index.data(Qt::DisplayRole).toString();
+        const QString text = shownLine(index.data(Qt::DisplayRole).toString());
+        painter->setClipRect(row);
         painter->drawText(textArea, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
                           painter->fontMetrics().elidedText(text, Qt::ElideRight, textArea.width()));
         if (index.row() == m_picker->currentIndex())
@@ -56,7 +58,7 @@ public:
     QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const override
     {
         const QFontMetrics metrics(Theme::font(TextRole::body));
-        return {metrics.horizontalAdvance(index.data(Qt::DisplayRole).toString()) + indicatorSize
+        return {metrics.horizontalAdvance(shownLine(index.data(Qt::DisplayRole).toString())) + indicatorSize
                     + indicatorGap + 2 * (leadingPadding + popupPadding),
                 std::max(popupRowHeight, metrics.height() + Spacing::medium)};
     }
@@ -85,8 +87,8 @@ Picker::Picker(const QString& label, QWidget* parent)
 QSize Picker::sizeHint() const
 {
     const QFontMetrics metrics(Theme::font(TextRole::body));
-    return {metrics.horizontalAdvance(currentText()) + leadingPadding + indicatorGap + indicatorSize
-                + trailingPadding + 2,
+    return {metrics.horizontalAdvance(shownLine(currentText())) + leadingPadding + indicatorGap
+                + indicatorSize + trailingPadding + 2,
             std::max(static_cast<int>(Metric::fieldHeight), metrics.height() + Spacing::small)};
 }
 
@@ -142,9 +144,9 @@ void Picker::paintEvent(QPaintEvent*)
     const QRect textArea = area.adjusted(0, 0, -indicatorSize - indicatorGap, 0);
     painter.setFont(Theme::font(TextRole::body));
     painter.setPen(Theme::color(role));
-    painter.drawText(
-        textArea, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
-        painter.fontMetrics().elidedText(currentText(), Qt::ElideRight, textArea.width() + elisionSlack));
+    painter.drawText(textArea, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
+                     painter.fontMetrics().elidedText(shownLine(currentText()), Qt::ElideRight,
+                                                      textArea.width() + elisionSlack));
     Theme::drawIcon(painter, QRectF(area.right() + 1 - indicatorSize, 0, indicatorSize, height()),
                     u"chevron-up-down"_s, indicatorSize,
                     isEnabled() ? ColorRole::icon : ColorRole::textDisabled);

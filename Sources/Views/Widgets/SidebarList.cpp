@@ -1,5 +1,6 @@
 #include "Views/Widgets/SidebarList.h"
 
+#include "Platform/ShownText.h"
 #include "Theme/Theme.h"
 #include "Views/Widgets/FocusRing.h"
 #include "Views/Widgets/PaintShapes.h"
@@ -44,10 +45,10 @@ public:
             mirrored ? row.adjusted(rowPadding, 0, -lead, 0) : row.adjusted(lead, 0, -rowPadding, 0);
         painter->setFont(Theme::font(selected ? TextRole::bodyMedium : TextRole::body));
         painter->setPen(Theme::color(ColorRole::textPrimary));
-        painter->drawText(
-            text, Qt::AlignVCenter | (mirrored ? Qt::AlignRight : Qt::AlignLeft) | Qt::TextSingleLine,
-            painter->fontMetrics().elidedText(index.data(Qt::DisplayRole).toString().simplified(),
-                                              Qt::ElideRight, text.width()));
+        painter->drawText(text,
+                          Qt::AlignVCenter | (mirrored ? Qt::AlignRight : Qt::AlignLeft) | Qt::TextSingleLine,
+                          painter->fontMetrics().elidedText(shownLine(index.data(Qt::DisplayRole).toString()),
+                                                            Qt::ElideRight, text.width()));
     }
 };
 
@@ -79,8 +80,9 @@ public:
         switch (role) {
         case Qt::DisplayRole:
         case Qt::AccessibleTextRole:
-        case Qt::ToolTipRole:
             return row.label;
+        case Qt::ToolTipRole:
+            return shownToolTip(row.label);
         case Qt::UserRole:
             return row.iconName;
         default:

@@ -294,11 +294,18 @@ void VirtualListView::paintEvent(QPaintEvent* event)
         return;
     QPainter painter(viewport());
     const QRegion region = event->region();
-    for (int row = firstVisible; row <= lastVisible; ++row) {
+    // A list inside a larger scrolling area is as high as its rows; only a part of it is seen.
+    const int top = rowTop(0);
+    const QRect dirty = region.boundingRect();
+    const int first = std::max(firstVisible, (dirty.top() - top) / m_rowHeight);
+    const int last = std::min(lastVisible, (dirty.bottom() - top) / m_rowHeight);
+    for (int row = first; row <= last; ++row) {
         const QModelIndex index = model()->index(row, modelColumn(), rootIndex());
         const QStyleOptionViewItem option = rowOption(index);
         if (region.intersects(option.rect)) {
             painter.save();
+            // The marks that somebody piled up on a letter must not reach the rows around.
+            painter.setClipRect(option.rect);
             itemDelegateForIndex(index)->paint(&painter, option, index);
             painter.restore();
         }

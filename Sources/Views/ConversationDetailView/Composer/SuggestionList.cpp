@@ -1,5 +1,6 @@
 #include "Views/ConversationDetailView/Composer/SuggestionList.h"
 
+#include "Platform/ShownText.h"
 #include "Views/Widgets/FocusRing.h"
 #include "Views/Widgets/PaintShapes.h"
 
@@ -19,17 +20,7 @@ constexpr int rowHeight = 34;
 constexpr int frameWidth = 1;
 constexpr int sidePadding = 12; // from the frame's outer edge
 constexpr int textGap = 10;
-constexpr qsizetype longestShownText = 300; // characters; a row is one line
-constexpr double mostLeadShare = 0.6;       // of the row's width, so that the detail keeps a place
-
-/// One line of at most what can be seen: line breaks would paint over the neighbouring rows.
-QString singleLine(const QString& text)
-{
-    QString shown = text.left(longestShownText).simplified();
-    if (!shown.isEmpty() && shown.back().isHighSurrogate())
-        shown.chop(1);
-    return shown;
-}
+constexpr double mostLeadShare = 0.6; // of the row's width, so that the detail keeps a place
 
 bool isForText(const QKeyEvent& event)
 {
@@ -43,9 +34,9 @@ bool isForText(const QKeyEvent& event)
 
 SuggestionRow::SuggestionRow(const QString& lead, TextRole leadRole, const QString& detail, QWidget* parent)
     : QAbstractButton(parent)
-    , m_lead(singleLine(lead))
+    , m_lead(shownLine(lead))
     , m_leadRole(leadRole)
-    , m_detail(singleLine(detail))
+    , m_detail(shownLine(detail))
 {
     setAccessibleName(m_detail.isEmpty() ? lead : lead + ", "_L1 + detail);
     // A click leaves the cursor in the draft.

@@ -5,6 +5,7 @@
 #include <QImageReader>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QThreadPool>
 #include <QtConcurrent>
 
 #include <cmath>
@@ -24,6 +25,15 @@ bool isAcceptedFormat(const QByteArray& format)
 {
     static constexpr std::array accepted{"png", "jpeg", "jpg", "gif", "webp", "bmp"};
     return std::any_of(accepted.begin(), accepted.end(), [&](const char* name) { return format == name; });
+}
+
+/// One picture is decoded at a time, however many processors there are, so that those that are small files
+/// and large pictures never stand in memory together.
+QThreadPool* decodingThread()
+{
+    static QThreadPool pool;
+    pool.setMaxThreadCount(1);
+    return &pool;
 }
 
 bool isFetchable(const QUrl& url)
@@ -106,21 +116,19 @@ void AttachmentImages::receive(QNetworkReply& reply)
 void AttachmentImages::finish(QNetworkReply* reply, const QUrl& url, qreal devicePixelRatio)
 {
     reply->deleteLater();
-    --m_running;
     const bool succeeded =
         reply->error() == QNetworkReply::NoError && reply->bytesAvailable() <= m_limits.bytes;
     if (!succeeded) {
         store(url, {});
-    } else {
-        auto* watcher = new QFutureWatcher<Decoded>(this);
-        connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, url] {
-            watcher->deleteLater();
-            store(url, watcher->result());
-        });
-        watcher->setFuture(QtConcurrent::run(&AttachmentImages::decode, reply->readAll(), m_limits.pixels,
-                                             devicePixelRatio));
+        return;
     }
-    startNext();
+    auto* watcher = new QFutureWatcher<Decoded>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, url] {
+        watcher->deleteLater();
+        store(url, watcher->result());
+    });
+    watcher->setFuture(QtConcurrent::run(decodingThread(), &AttachmentImages::decode, reply->readAll(),
+                                         m_limits.pixels, devicePixelRatio));
 }
 
 AttachmentImages::Decoded AttachmentImages::decode(const QByteArray& bytes, qint64 maxPixels,
@@ -156,12 +164,15 @@ AttachmentImages::Decoded AttachmentImages::decode(const QByteArray& bytes, qint
 
 void AttachmentImages::store(const QUrl& url, const Decoded& decoded)
 {
+    // Only now may the next one begin: files that wait for their decoding fill memory too.
+    --m_running;
     m_states.insert(url, decoded.image.isNull() ? State::failed : State::loaded);
     if (!decoded.image.isNull()) {
         m_sizes.insert(url, decoded.displaySize);
         const auto kilobytes = static_cast<int>(decoded.image.sizeInBytes() / 1024 + 1);
         m_images.insert(url, new QImage(decoded.image), kilobytes);
     }
+    startNext();
     Q_EMIT changed(url);
 }
 

@@ -26,8 +26,8 @@ public:
     struct Limits {
         qint64 bytes = 16 * 1024 * 1024;  ///< of one file
         qint64 pixels = 64 * 1024 * 1024; ///< of one picture before scaling
-        int concurrentRequests = 4;
-        int cachedKilobytes = 48 * 1024; ///< of all decoded pictures
+        int concurrentRequests = 4;       ///< fetched or waiting for their decoding
+        int cachedKilobytes = 48 * 1024;  ///< of all decoded pictures
     };
 
     enum class State { loading, loaded, failed };

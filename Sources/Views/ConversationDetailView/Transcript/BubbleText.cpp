@@ -1,5 +1,7 @@
 #include "Views/ConversationDetailView/Transcript/BubbleText.h"
 
+#include "Platform/ShownText.h"
+
 #include <QPainter>
 #include <QTextBoundaryFinder>
 
@@ -18,8 +20,23 @@ constexpr qsizetype cutSearch = 80;
 /// well.
 constexpr qsizetype unitsPerParagraph = 10;
 
+/// What a character beyond the basic plane counts, in code units: shaping an emoji costs as much as a few
+/// words.
+constexpr qsizetype emojiWeight = 8;
+
 /// Around a position only this much is searched for a word's ends: a hostile word has a million letters.
 constexpr qsizetype wordSearch = 2000;
+
+/// The first character from @p from on that ends a line whatever its width, or -1.
+qsizetype nextBreak(QStringView text, qsizetype from)
+{
+    const auto isBreak = [](QChar character) {
+        return character == u'\n' || character == QChar::LineSeparator
+               || character == QChar::ParagraphSeparator;
+    };
+    const auto found = std::find_if(text.begin() + from, text.end(), isBreak);
+    return found == text.end() ? -1 : found - text.begin();
+}
 
 } // namespace
 
@@ -33,13 +50,19 @@ BubbleText::BubbleText(const QString& text, Style style)
 
 qsizetype BubbleText::cutPosition(qsizetype limit) const
 {
+    for (qsizetype position = 0, cost = 0; position < std::min(limit, m_text.size()); ++position) {
+        cost += m_text.at(position).isHighSurrogate() ? emojiWeight : 1;
+        if (cost > limit)
+            limit = position;
+    }
+    const QStringView within = QStringView(m_text).first(std::min(limit, m_text.size()));
     qsizetype feed = -1;
     for (qsizetype breaks = limit / unitsPerParagraph; breaks > 0; --breaks) {
-        feed = m_text.indexOf(u'\n', feed + 1);
-        if (feed < 0 || feed >= limit)
+        feed = nextBreak(within, feed + 1);
+        if (feed < 0)
             break;
     }
-    const bool tooManyBreaks = feed >= 0 && feed < limit && feed + 1 < m_text.size();
+    const bool tooManyBreaks = feed >= 0 && feed + 1 < m_text.size();
     if (tooManyBreaks)
         return feed;
     if (m_text.size() <= limit)
@@ -64,7 +87,7 @@ void BubbleText::layOut(qreal width, qsizetype limit)
     const QStringView shown = QStringView(m_text).first(m_shownLength);
     qsizetype start = 0;
     for (;;) {
-        const qsizetype feed = shown.indexOf(u'\n', start);
+        const qsizetype feed = nextBreak(shown, start);
         const qsizetype end = feed < 0 ? shown.size() : feed;
         appendParagraph(start, shown.sliced(start, end - start), width);
         if (feed < 0)
@@ -78,7 +101,7 @@ void BubbleText::layOut(qreal width, qsizetype limit)
 
 void BubbleText::appendParagraph(qsizetype start, QStringView text, qreal width)
 {
-    QString content = text.toString();
+    QString content = shownParagraph(text.toString());
     if (start + text.size() == m_shownLength && isCut())
         content.append(u'…');
     Paragraph paragraph{start, qreal(m_lineCount * m_style.lineHeight),

@@ -1,5 +1,6 @@
 #include "Views/ConversationDetailView/Transcript/RowLayout.h"
 
+#include "Platform/ShownText.h"
 #include "Views/ConversationDetailView/Transcript/AttachmentImages.h"
 
 #include <QCoreApplication>
@@ -36,21 +37,9 @@ constexpr QSize placeholder(220, 147);
 constexpr QSize smallestPicture(44, 44);
 constexpr double bubbleShare = 0.75;
 
-/// What a one-line label shows of a text at most, in code units; what is longer is elided anyway.
-constexpr qsizetype longestLabel = 400;
-
 QString tr(const char* text)
 {
     return QCoreApplication::translate("ConversationDetailView", text);
-}
-
-QString singleLine(const QString& text)
-{
-    QString line = text.left(longestLabel);
-    line.replace(u'\n', u' ');
-    line.replace(QChar::LineSeparator, u' ');
-    line.replace(QChar::ParagraphSeparator, u' ');
-    return line;
 }
 
 int lineBox(TextRole role, int least)
@@ -60,7 +49,7 @@ int lineBox(TextRole role, int least)
 
 int textWidth(TextRole role, const QString& text)
 {
-    return static_cast<int>(std::ceil(QFontMetricsF(Theme::font(role)).horizontalAdvance(singleLine(text))));
+    return static_cast<int>(std::ceil(QFontMetricsF(Theme::font(role)).horizontalAdvance(shownLine(text))));
 }
 
 int maxBubbleWidth(int width)
@@ -135,7 +124,7 @@ void RowLayout::addLine(const QString& text, TextRole role, ColorRole color, int
 {
     const int box = lineBox(role, height);
     const QRect rect = placed(m_height, QSize(contentWidth() - 2 * inset, box), false, inset);
-    m_labels.push_back({rect, singleLine(text), role, color, alignment});
+    m_labels.push_back({rect, shownLine(text), role, color, alignment});
     m_height += box;
 }
 
@@ -203,7 +192,7 @@ void RowLayout::layOutNote()
     }
     const QRect caption = placed(m_height, QSize(std::max(0, captionRoom), line), false, inset);
     m_labels.push_back(
-        {caption, singleLine(m_row.header), TextRole::caption, ColorRole::noteCaption, side(false)});
+        {caption, shownLine(m_row.header), TextRole::caption, ColorRole::noteCaption, side(false)});
     m_height += line;
     if (!m_row.body.isEmpty()) {
         m_height += noteHeaderGap;
@@ -276,8 +265,8 @@ void RowLayout::layOutFileCard(const AttachmentView& file, bool trailing, int in
 {
     const int nameLine = lineBox(TextRole::bodyMedium, commentLine);
     const int sizeLine = file.size.isEmpty() ? 0 : lineBox(TextRole::caption, labelLine);
-    const int text =
-        std::max(textWidth(TextRole::bodyMedium, file.name), textWidth(TextRole::caption, file.size));
+    const int text = std::max(textWidth(TextRole::bodyMedium, shownFileName(file.name)),
+                              textWidth(TextRole::caption, file.size));
     const int beside = fileCardLeading + fileIcon + fileIconGap + fileCardTrailing + 2;
     const QSize size(std::min(text + beside, maxWidth), std::max(fileCardHeight, nameLine + sizeLine + 12));
     m_attachment = placed(m_height, size, trailing, inset);
@@ -288,7 +277,7 @@ void RowLayout::layOutFileCard(const AttachmentView& file, bool trailing, int in
         const QRect inner(m_attachment.left() + lead, y, size.width() - beside, height);
         return QStyle::visualRect(m_setting.direction, m_attachment, inner);
     };
-    m_labels.push_back({line(textTop, nameLine), singleLine(file.name), TextRole::bodyMedium,
+    m_labels.push_back({line(textTop, nameLine), shownFileName(file.name), TextRole::bodyMedium,
                         ColorRole::textPrimary, side(false), Qt::ElideMiddle});
     if (sizeLine > 0) {
         m_labels.push_back({line(textTop + nameLine, sizeLine), file.size, TextRole::caption,

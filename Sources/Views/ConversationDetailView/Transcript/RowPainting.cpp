@@ -1,3 +1,4 @@
+#include "Platform/ShownText.h"
 #include "Views/ConversationDetailView/Transcript/AttachmentImages.h"
 #include "Views/ConversationDetailView/Transcript/RowLayout.h"
 
@@ -87,8 +88,13 @@ void RowLayout::paint(QPainter& painter, const QPoint& origin, const QRect& clip
     if (m_body) {
         const bool onAgent = m_row.kind == TranscriptRow::Kind::agent;
         const ColorRole selected = onAgent ? ColorRole::textSelectionOnAgent : ColorRole::textSelection;
+        // The marks that somebody piled up on a letter must not reach the messages around.
+        painter.save();
+        painter.setClipRect(rect(Part::body).adjusted(-Spacing::small, 0, Spacing::small, 0),
+                            Qt::IntersectClip);
         m_body->paint(painter, m_bodyOrigin, QRectF(clip.translated(-origin)), look.selection,
                       Theme::color(bodyColor()), Theme::color(selected));
+        painter.restore();
         if (look.caret)
             painter.fillRect(m_body->caretRect(*look.caret).translated(m_bodyOrigin),
                              Theme::color(bodyColor()));
@@ -172,8 +178,8 @@ void RowLayout::paintPicture(QPainter& painter) const
             const QRect name =
                 m_attachment.adjusted(Spacing::medium, m_attachment.height() / 2 + Spacing::large,
                                       -Spacing::medium, -Spacing::small);
-            paintLabel(painter, {name, m_row.attachment->name, TextRole::micro, ColorRole::textSecondary,
-                                 Qt::AlignHCenter | Qt::AlignTop, Qt::ElideMiddle});
+            paintLabel(painter, {name, shownFileName(m_row.attachment->name), TextRole::micro,
+                                 ColorRole::textSecondary, Qt::AlignHCenter | Qt::AlignTop, Qt::ElideMiddle});
             icon.adjust(0, 0, 0, -Spacing::large);
         }
         Theme::drawIcon(painter, icon, u"image"_s, pictureIcon, ColorRole::iconFaint);
@@ -195,7 +201,11 @@ void RowLayout::paintLabel(QPainter& painter, const Label& label) const
     painter.setFont(font);
     painter.setPen(Theme::color(label.color));
     const QString text = QFontMetrics(font).elidedText(label.text, label.elide, label.rect.width());
+    painter.save();
+    painter.setClipRect(label.rect.adjusted(-Spacing::hair, -Spacing::hair, Spacing::hair, Spacing::hair),
+                        Qt::IntersectClip);
     painter.drawText(label.rect, static_cast<int>(label.alignment) | Qt::TextSingleLine, text);
+    painter.restore();
 }
 
 void RowLayout::paintRing(QPainter& painter, Part part) const

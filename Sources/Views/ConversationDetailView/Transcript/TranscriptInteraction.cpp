@@ -1,5 +1,6 @@
 #include "Views/ConversationDetailView/Transcript/TranscriptView.h"
 
+#include "Platform/ShownText.h"
 #include "Views/ConversationDetailView/Transcript/TranscriptAccessibility.h"
 #include "Views/Widgets/FocusRing.h"
 
@@ -222,7 +223,7 @@ bool TranscriptView::viewportEvent(QEvent* event)
         const Stop stop = stopAt(help->pos());
         const QString text =
             stop.part == Part::attachment ? rowLayout(stop.row)->row().attachment->name : QString();
-        QToolTip::showText(help->globalPos(), text, viewport(), partRect(stop));
+        QToolTip::showText(help->globalPos(), shownToolTip(text), viewport(), partRect(stop));
         return true;
     }
     if (event->type() == QEvent::Leave && !m_dragging)

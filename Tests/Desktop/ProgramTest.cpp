@@ -1,0 +1,77 @@
+#include "Application/ConsoleFixture.h"
+#include "Support/BusPeers.h"
+
+#include <QFile>
+
+#include <csignal>
+
+namespace orvia::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// The real program on a desktop that lacks something that it cannot ask for.
+class BareDesktop : public ConsoleTest {
+protected:
+    void SetUp() override
+    {
+        ConsoleTest::SetUp();
+        environment.set("QT_QPA_PLATFORM", "offscreen");
+        signInBeforehand();
+    }
+
+    /// Whether the program comes up, shows a conversation, follows it live and ends when asked.
+    void expectToWork()
+    {
+        service.clearJournal();
+        Console console(arguments({u"orvia://conversation/helen-brandt"_s}));
+        EXPECT_TRUE(waitForConversation(u"helen-brandt"_s));
+        EXPECT_TRUE(waitForChannel());
+        for (const QString& body : {u"👩🏽‍🚀 in space 🇩🇪"_s, u"שלום"_s, u"你好"_s})
+            service.postAsVisitor(u"helen-brandt"_s, body);
+        // What arrives in the open conversation is read.
+        EXPECT_TRUE(waitUntil([this] {
+            return std::ranges::count_if(service.frames(),
+                                         [](const auto& frame) { return frame.text.contains("\"read\""); })
+                   >= 3;
+        }));
+        EXPECT_TRUE(console.isRunning());
+        console.signal(SIGTERM);
+        EXPECT_EQ(console.exitCode(), 0);
+    }
+
+    ScopedEnvironment environment;
+};
+
+TEST_F(BareDesktop, NeedsNoEmojiAndHardlyAFont)
+{
+    const struct {
+        const char* name;
+        QByteArray directories;
+    } cases[] = {
+        {"one font without emoji", "<dir>/usr/share/fonts/truetype/dejavu</dir>"},
+        {"no font at all", ""},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.name);
+        QFile file(bus.directory() + "/fonts.conf"_L1);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("<?xml version='1.0'?><fontconfig>" + one.directories + "<cachedir>"
+                   + bus.directory().toUtf8() + "/fonts</cachedir></fontconfig>");
+        file.close();
+        environment.set("FONTCONFIG_FILE", QFile::encodeName(file.fileName()));
+        expectToWork();
+    }
+}
+
+TEST_F(BareDesktop, NeedsNoPlaceToWrite)
+{
+    // The token is still read where it was; nothing else can be made in the home.
+    environment.set("XDG_CONFIG_HOME", "/proc/nowhere");
+    environment.set("XDG_CACHE_HOME", "/proc/nowhere");
+    environment.set("XDG_RUNTIME_DIR", "/proc/nowhere");
+    expectToWork();
+}
+
+} // namespace
+} // namespace orvia::test
