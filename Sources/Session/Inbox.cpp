@@ -82,6 +82,12 @@ void Session::replaceConversations(std::vector<Conversation> conversations)
     Q_EMIT conversationsReset();
 }
 
+void Session::forgetOldThreads()
+{
+    for (const QString& id : m_messages.trim(keptMessages, m_selectedConversationId))
+        Q_EMIT threadReset(id);
+}
+
 void Session::removeAllThreads()
 {
     const QStringList ids = m_messages.conversationIds();
@@ -151,6 +157,7 @@ void Session::append(const Message& message, const QString& conversationId)
 {
     if (!m_messages.append(message, conversationId))
         return;
+    forgetOldThreads();
     Q_EMIT messageAppended(conversationId);
 
     switch (message.sender) {
