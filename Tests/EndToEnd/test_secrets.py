@@ -50,7 +50,7 @@ class Calls:
 
     ESCAPED = re.compile(r'"((?:\\x[0-9a-f]{2})*)"')
     LINE = re.compile(r"^\d+ +(\w+)\((.*)$")
-    TARGET = re.compile(r"^\d+<(TCP:\[[^]]*\]|[^>]*)>")
+    TARGET = re.compile(r"^\d+<([A-Z0-9-]+:\[[^]]*\]|[^>]*)>")
 
     def __init__(self, path):
         self._lines = path.read_text().splitlines()
@@ -60,7 +60,8 @@ class Calls:
         patterns = ["".join(f"\\x{byte:02x}" for byte in form) for form in spellings(token)]
         for line in self._lines:
             if any(pattern in line for pattern in patterns):
-                name, rest = self.LINE.match(line).groups()
+                call = self.LINE.match(line)
+                name, rest = call.groups() if call else ("?", line)
                 target = self.TARGET.match(rest)
                 target = target.group(1) if target else rest
                 yield name, decoded(target).decode() if target.startswith("\\x") else target
@@ -265,7 +266,7 @@ class InTheKeyring(Secrets):
         traffic = self.traffic.read_bytes()
         for expected in (b"CreateItem", b"dh-ietf1024-sha256-aes128-cbc-pkcs7", b"agentToken"):
             self.assertIn(expected, traffic)
-        self.assertNotIn(b"\x05plain", traffic)
+        self.assertNotIn(b"\x05\0\0\0plain\0", traffic)
         self.assertIn(b"qt.", (self.user / "stderr").read_bytes())
 
 
