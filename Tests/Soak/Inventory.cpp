@@ -11,6 +11,7 @@
 #include <QThread>
 
 #include <malloc.h>
+#include <unistd.h>
 
 #include <mutex>
 #include <unordered_set>
@@ -64,7 +65,6 @@ void forEachObject(Visit visit)
 /// What a descriptor is, without the number that tells two of a kind apart.
 std::string kindOf(const QString& link)
 {
-    const QFileInfo information(link);
     char target[256];
     const ssize_t length = readlink(QFile::encodeName(link).constData(), target, sizeof target);
     const std::string name(target, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));

@@ -5,6 +5,8 @@
 #include <QSemaphore>
 #include <QThreadPool>
 
+#include <numeric>
+
 /// A working day at many times its pace, and what of it is left in the end.
 namespace orvia::test {
 
@@ -83,7 +85,7 @@ TEST_F(SoakTest, ADayLeavesNothingBehind)
     // What is made once for the whole process is made by a first, short shift.
     {
         const auto console = openConsole();
-        console->work(40, eventsPerTurn);
+        console->work(110, eventsPerTurn);
         console->rest();
     }
     const Inventory before = Inventory::take();
