@@ -71,15 +71,16 @@ std::string kindOf(const QString& link)
     return name.substr(0, name.find(":["));
 }
 
-qint64 proportionalSetSize()
+/// The pages that are this process's own; those of libraries depend on who else has loaded them.
+qint64 anonymousMemory()
 {
     QFile file(u"/proc/self/smaps_rollup"_s);
     if (!file.open(QIODevice::ReadOnly))
         return 0;
     const QList<QByteArray> lines = file.readAll().split('\n');
     for (const QByteArray& line : lines) {
-        if (line.startsWith("Pss:"))
-            return line.mid(4).trimmed().chopped(3).toLongLong() * 1024;
+        if (line.startsWith("Anonymous:"))
+            return line.mid(10).trimmed().chopped(3).toLongLong() * 1024;
     }
     return 0;
 }
@@ -132,7 +133,7 @@ Inventory Inventory::take()
         ++inventory.descriptors[kindOf(descriptors.filePath(entry))];
     malloc_trim(0);
     inventory.heapBytes = bytesHandedOut();
-    inventory.pssBytes = proportionalSetSize();
+    inventory.anonymousBytes = anonymousMemory();
     return inventory;
 }
 

@@ -11,11 +11,11 @@ namespace orvia::test {
 struct Inventory {
     using Counts = std::map<std::string, int>;
 
-    Counts objects;       ///< living QObjects of the process by class
-    Counts timers;        ///< running timers of the main thread by their owner's class
-    Counts descriptors;   ///< open files, sockets, pipes
-    qint64 heapBytes = 0; ///< handed out by the allocator
-    qint64 pssBytes = 0;  ///< proportional set size, after the allocator has given back what it can
+    Counts objects;            ///< living QObjects of the process by class
+    Counts timers;             ///< running timers of the main thread by their owner's class
+    Counts descriptors;        ///< open files, sockets, pipes
+    qint64 heapBytes = 0;      ///< handed out by the allocator
+    qint64 anonymousBytes = 0; ///< in memory and its own, after the allocator has given back what it can
 
     /// Idle network connections come and go on their own; they are closed first. Main thread.
     static Inventory take();

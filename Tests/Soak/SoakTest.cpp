@@ -61,11 +61,11 @@ protected:
             return std::accumulate(counts.begin(), counts.end(), 0,
                                    [](int total, const auto& entry) { return total + entry.second; });
         };
-        std::printf("%-18s %8lld events %6d switches: heap %6lld KiB, PSS %6lld KiB, %d objects, %d timers, "
+        std::printf("%-18s %8lld events %6d switches: heap %6lld KiB, own %6lld KiB, %d objects, %d timers, "
                     "%d descriptors\n",
                     when, static_cast<long long>(tally.events), tally.switches,
                     static_cast<long long>(inventory.heapBytes / 1024),
-                    static_cast<long long>(inventory.pssBytes / 1024), sum(inventory.objects),
+                    static_cast<long long>(inventory.anonymousBytes / 1024), sum(inventory.objects),
                     sum(inventory.timers), sum(inventory.descriptors));
         std::fflush(stdout);
     }
@@ -115,7 +115,8 @@ TEST_F(SoakTest, ADayLeavesNothingBehind)
     EXPECT_LE(static_cast<double>(evening.heapBytes), static_cast<double>(morning.heapBytes) * mostGrowth);
     // The sanitizers keep freed memory for a while, to find who uses it.
 #if !defined(__SANITIZE_ADDRESS__)
-    EXPECT_LE(static_cast<double>(evening.pssBytes), static_cast<double>(morning.pssBytes) * mostGrowth);
+    EXPECT_LE(static_cast<double>(evening.anonymousBytes),
+              static_cast<double>(morning.anonymousBytes) * mostGrowth);
 #endif
     EXPECT_LE(console->session().messages().messageCount(), Session::keptMessages);
     EXPECT_TRUE(console->session().typingConversations().isEmpty());
