@@ -13,11 +13,17 @@ namespace orvia::test {
 namespace {
 
 constexpr int eventsPerTurn = 100;
+constexpr int turnsOfAWholeDay = 10'000;
 constexpr double mostGrowth = 1.05;
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool keepsFreedMemory = true;
+#else
+constexpr bool keepsFreedMemory = false;
+#endif
 
 int turnsOfTheDay()
 {
-    return qgetenv("ORVIA_SOAK") == "day" ? 10'000 : 100;
+    return qgetenv("ORVIA_SOAK") == "day" ? turnsOfAWholeDay : turnsOfAWholeDay / 100;
 }
 
 class SoakTest : public testing::Test {
@@ -113,11 +119,11 @@ TEST_F(SoakTest, ADayLeavesNothingBehind)
     EXPECT_EQ(Inventory::difference(morning.timers, evening.timers), "");
     EXPECT_EQ(Inventory::difference(morning.descriptors, evening.descriptors), "");
     EXPECT_LE(static_cast<double>(evening.heapBytes), static_cast<double>(morning.heapBytes) * mostGrowth);
-    // The sanitizers keep freed memory for a while, to find who uses it.
-#if !defined(__SANITIZE_ADDRESS__)
-    EXPECT_LE(static_cast<double>(evening.anonymousBytes),
-              static_cast<double>(morning.anonymousBytes) * mostGrowth);
-#endif
+    // What the allocator holds besides settles only in the course of hours; the sanitizers keep freed memory.
+    if (turns == turnsOfAWholeDay && !keepsFreedMemory) {
+        EXPECT_LE(static_cast<double>(evening.anonymousBytes),
+                  static_cast<double>(morning.anonymousBytes) * mostGrowth);
+    }
     EXPECT_LE(console->session().messages().messageCount(), Session::keptMessages);
     EXPECT_TRUE(console->session().typingConversations().isEmpty());
     EXPECT_TRUE(console->session().viewers().isEmpty());

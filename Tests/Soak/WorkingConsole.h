@@ -74,6 +74,7 @@ private:
     QStringList m_banners;
     qint64 m_markSent = 0;
     qint64 m_markSeen = 0;
+    int m_connections = 0; ///< how often the live channel came up
     int m_turn = 0;
 };
 
