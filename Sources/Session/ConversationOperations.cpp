@@ -11,10 +11,10 @@ QCoro::Task<void> Session::loadConversation(QString id)
     auto detail = co_await answerTo(client().conversationDetail(id));
     if (!detail)
         co_return;
-    if (m_messages.thread(id) != detail->messages.wrappedValue) {
-        m_messages.assign(id, std::move(detail->messages.wrappedValue));
+    const bool threadChanged = m_messages.assign(id, std::move(detail->messages.wrappedValue));
+    forgetOldThreads();
+    if (threadChanged)
         Q_EMIT threadReset(id);
-    }
     detail->conversation.agentUnread = 0;
     upsert(std::move(detail->conversation));
 }

@@ -101,6 +101,12 @@ void Session::replaceConversations(ConversationStore conversations)
     Q_EMIT conversationsReset();
 }
 
+void Session::forgetOldThreads()
+{
+    for (const QString& id : m_messages.trim(keptMessages, m_selectedConversationId))
+        Q_EMIT threadReset(id);
+}
+
 void Session::removeAllThreads()
 {
     const QStringList ids = m_messages.conversationIds();
@@ -171,6 +177,7 @@ void Session::append(const Message& message, const QString& conversationId)
 {
     if (!m_messages.append(message, conversationId))
         return;
+    forgetOldThreads();
     Q_EMIT messageAppended(conversationId);
 
     switch (message.sender) {

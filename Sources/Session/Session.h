@@ -101,7 +101,10 @@ public:
     // Inbox
 
     const ConversationStore& conversations() const { return m_conversations; }
+    /// The threads loaded or written to of late, at most @c keptMessages messages and the thread on show: a
+    /// day's conversations would fill the memory, and each is loaded again when it is opened.
     const MessageStore& messages() const { return m_messages; }
+    static constexpr qsizetype keptMessages = 20'000;
     ConversationStatus statusFilter() const { return m_statusFilter; }
     void setStatusFilter(ConversationStatus status);
     /// The product whose conversations are listed; absent lists all.
@@ -244,6 +247,7 @@ private:
     // Inbox
     bool matchesQueue(const Conversation& conversation) const;
     void replaceConversations(ConversationStore conversations);
+    void forgetOldThreads();
     void removeAllThreads();
     void upsert(Conversation conversation);
     /// Changes the conversation with this id in place, if it is in the inbox: @p change answers whether a

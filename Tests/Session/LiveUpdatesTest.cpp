@@ -4,6 +4,7 @@ namespace orvia::test {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
+using testing::UnorderedElementsAre;
 
 class LiveUpdatesTest : public SessionFixture {
 protected:
@@ -75,6 +76,38 @@ TEST_F(LiveUpdatesTest, TheEventsConversationComesBeforeTheMessages)
     receiveMessage(makeMessage(u"m2"_s, u"unknown"_s));
     EXPECT_EQ(made.messages().thread(u"unknown"_s).size(), 1U);
     EXPECT_EQ(made.conversations().find(u"unknown"_s), nullptr) << "an event creates no inbox entry";
+}
+
+TEST_F(LiveUpdatesTest, ThreadsUsedLongestAgoAreForgottenAndTheOneOnShowStays)
+{
+    Session& made = start();
+    made.setSelectedConversationId(u"c1"_s);
+    Notifications resets(made, &Session::threadReset);
+    for (const char* id : {"c1", "long ago", "lately"})
+        receiveMessage(makeMessage(QString::fromLatin1(id), QString::fromLatin1(id)));
+    SocketEvent event;
+    event.type = u"message"_s;
+    const auto fill = [&](qsizetype messages, const QString& conversationId) {
+        for (; messages > 0; --messages) {
+            event.message = makeMessage(u"%1 %2"_s.arg(conversationId).arg(messages), conversationId);
+            made.handle(event);
+        }
+    };
+    fill(Session::keptMessages - 3, u"busy"_s);
+    EXPECT_EQ(made.messages().messageCount(), Session::keptMessages);
+    EXPECT_EQ(resets.count, 0);
+    receiveMessage(makeMessage(u"m2"_s, u"lately"_s));
+    EXPECT_EQ(resets.last, u"long ago"_s);
+    EXPECT_TRUE(made.messages().thread(u"long ago"_s).empty());
+    EXPECT_EQ(made.messages().thread(u"lately"_s).size(), 2U);
+    fill(1, u"long ago"_s);
+    EXPECT_EQ(made.messages().messageCount(), 4) << "whole threads go";
+    EXPECT_THAT(made.messages().conversationIds(), UnorderedElementsAre(u"c1"_s, u"lately"_s, u"long ago"_s));
+    fill(Session::keptMessages + 5, u"endless"_s);
+    EXPECT_EQ(made.messages().thread(u"endless"_s).size(), std::size_t(Session::keptMessages) + 5)
+        << "what is being written to is not cut";
+    EXPECT_THAT(made.messages().conversationIds(), UnorderedElementsAre(u"c1"_s, u"endless"_s));
+    EXPECT_EQ(resets.count, 4);
 }
 
 TEST_F(LiveUpdatesTest, APreviewNamesTheAttachmentOfAMessageWithoutText)

@@ -18,6 +18,8 @@ public:
     {
     }
 
+    /// The row is gone from here on, whoever still looks at it. The list may be half destroyed by now.
+    void leave() { m_list.clear(); }
     const QPersistentModelIndex& index() const { return m_index; }
     bool isValid() const override { return m_list && m_index.isValid(); }
     QObject* object() const override { return nullptr; }
@@ -111,14 +113,14 @@ public:
     ~ListInterface() override
     {
         for (const QAccessible::Id id : m_rows)
-            QAccessible::deleteAccessibleInterface(id);
+            forget(id);
     }
 
     void forgetGoneRows()
     {
         m_rows.removeIf([](const auto& row) {
             if (!row.key().isValid())
-                QAccessible::deleteAccessibleInterface(row.value());
+                forget(row.value());
             return !row.key().isValid();
         });
     }
@@ -169,6 +171,13 @@ public:
     }
 
 private:
+    static void forget(QAccessible::Id id)
+    {
+        if (auto* row = static_cast<RowInterface*>(QAccessible::accessibleInterface(id)))
+            row->leave();
+        QAccessible::deleteAccessibleInterface(id);
+    }
+
     VirtualListView& list() const { return *static_cast<VirtualListView*>(widget()); }
 
     mutable QHash<QPersistentModelIndex, QAccessible::Id> m_rows;

@@ -8,6 +8,7 @@
 #include <QPointer>
 
 #include <map>
+#include <utility>
 
 namespace orvia {
 
@@ -21,6 +22,15 @@ QRect onScreen(const TranscriptView& view, const QRect& rect)
     return {view.viewport()->mapToGlobal(rect.topLeft()), rect.size()};
 }
 
+/// Removes what was registered under @p id, which is gone for whoever looks at it meanwhile.
+template <class Interface>
+void forget(QAccessible::Id id)
+{
+    if (auto* known = static_cast<Interface*>(QAccessible::accessibleInterface(id)))
+        known->leave();
+    QAccessible::deleteAccessibleInterface(id);
+}
+
 /// A file, a picture or "Show More".
 class PartInterface : public QAccessibleInterface, public QAccessibleActionInterface {
 public:
@@ -30,6 +40,8 @@ public:
     {
     }
 
+    /// The part is gone from here on, whoever still looks at it. The view may be half destroyed by now.
+    void leave() { m_view.clear(); }
     bool isValid() const override { return m_view && m_stop.row < m_view->rowCount(); }
     QObject* object() const override { return nullptr; }
     QWindow* window() const override { return m_view ? m_view->window()->windowHandle() : nullptr; }
@@ -99,10 +111,14 @@ public:
     {
     }
 
-    ~RowInterface() override
+    ~RowInterface() override { leave(); }
+
+    /// As that of a part; takes the parts with it.
+    void leave()
     {
-        for (const auto& [part, id] : m_parts)
-            QAccessible::deleteAccessibleInterface(id);
+        m_view.clear();
+        for (const auto& [part, id] : std::exchange(m_parts, {}))
+            forget<PartInterface>(id);
     }
 
     qsizetype row() const { return m_row; }
@@ -285,9 +301,8 @@ public:
 
     void forgetRows()
     {
-        for (const auto& [row, id] : m_rows)
-            QAccessible::deleteAccessibleInterface(id);
-        m_rows.clear();
+        for (const auto& [row, id] : std::exchange(m_rows, {}))
+            forget<RowInterface>(id);
     }
 
     int childCount() const override { return static_cast<int>(view().rowCount()); }
