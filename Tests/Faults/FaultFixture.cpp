@@ -28,6 +28,7 @@ void FaultTest::repair()
     service.always("POST", "/v1/agent/conversations/c1/close", conversation);
     service.always("POST", "/v1/agent/conversations/c1/mute", ScriptedAnswer::json("{}"));
     service.always("PATCH", "/v1/agent/me/preferences", answerOf(AgentResponse{self}));
+    service.always("GET", "/v1/agent/visitors/conversations", answerOf(ConversationsResponse{}));
     service.always("GET", "/v1/agent/search", answerOf(SearchResponse{}));
     service.always("POST", "/v1/agent/login", answerOf(LoginResponse{u"t1"_s, self}));
 }
@@ -61,9 +62,14 @@ Session& FaultTest::goToWork()
 
 Workplace FaultTest::workplace() const
 {
-    return {session->conversations().all(), session->messages().thread(u"c1"_s),
-            session->selectedConversationId(), session->typingPreviews(), session->agentPreviews(),
-            session->assignableAgents(), session->agent(), session->token(),
+    return {session->conversations().all(),
+            session->messages().thread(u"c1"_s),
+            session->selectedConversationId(),
+            session->typingPreviews(),
+            session->agentPreviews(),
+            session->assignableAgents(),
+            session->agent(),
+            session->token(),
             session->isLoadingList() || session->isSearching()};
 }
 

@@ -43,7 +43,10 @@ protected:
     /// The banners since the last call, after the last of them has gone.
     QStringList takeBanners();
     /// The expected text with this service's origin in it.
-    QString shown(const QString& text) const { return QString(text).replace(u"%1"_s, service.url().toString()); }
+    QString shown(const QString& text) const
+    {
+        return QString(text).replace(u"%1"_s, service.url().toString());
+    }
 
     Conversation open = makeConversation(u"c1"_s);
     Conversation other = makeConversation(u"c2"_s);
