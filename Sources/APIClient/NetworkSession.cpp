@@ -81,6 +81,9 @@ QCoro::Task<NetworkSession::Answer> NetworkSession::perform(QNetworkRequest requ
     Answer answer;
     if (tooLarge) {
         answer.transportError = tr("The answer is too large.");
+    } else if (reply->error() == QNetworkReply::OperationCanceledError) {
+        // The platform's own words for it would name a cancellation that nobody asked for.
+        answer.transportError = tr("The request timed out.");
     } else if (!isHTTPResponse(*reply)) {
         answer.transportError = reply->errorString();
     } else {

@@ -12,11 +12,13 @@ template <class Result>
 QCoro::Task<Session::Answer<Result>> Session::answerTo(QCoro::Task<Result> request)
 {
     const QPointer<Session> self = this;
+    const quint64 signOuts = m_signOuts;
     auto outcome = co_await outcomeOf(std::move(request));
-    if (self && outcome.failure)
+    // What an agent asked for who has signed out meanwhile is not for whoever signs in next.
+    if (!self || m_signOuts != signOuts)
+        outcome = {};
+    if (outcome.failure)
         showBanner(outcome.failure->message);
-    if (!self)
-        outcome.answer.reset();
     co_return std::move(outcome.answer);
 }
 

@@ -170,8 +170,9 @@ QCoro::Task<void> Session::establishSession()
 QCoro::Task<bool> Session::loadIdentity()
 {
     const QPointer<Session> self = this;
+    const quint64 signOuts = m_signOuts;
     auto outcome = co_await outcomeOf(client().me());
-    if (!self)
+    if (!self || m_signOuts != signOuts)
         co_return false;
     if (auto& response = outcome.answer) {
         assignField(m_agent, std::move(response->agent), &Session::agentChanged);
@@ -213,15 +214,17 @@ QCoro::Task<void> Session::registerDeviceIfPossible()
 QCoro::Task<void> Session::loadAssignableAgents()
 {
     const QPointer<Session> self = this;
+    const quint64 signOuts = m_signOuts;
     auto outcome = co_await outcomeOf(client().teammates());
     // Without teammates nobody but oneself can be assigned; that is told by the empty list alone.
-    if (self)
+    if (self && m_signOuts == signOuts)
         assignField(m_assignableAgents, std::move(outcome.answer).value_or(std::vector<Agent>()),
                     &Session::assignableAgentsChanged);
 }
 
 void Session::logout()
 {
+    ++m_signOuts;
     m_socket->sendViewing(std::nullopt);
     m_socket->disconnect();
     m_sessionRetry.stop();

@@ -230,7 +230,7 @@ private:
     template <class Result>
     using Answer = std::optional<AnswerOf<Result>>;
     /// Waits for the answer to @p request. There is none when the request failed, which the banner tells, and
-    /// none when the session has gone meanwhile; then nothing of it may be touched.
+    /// none when the agent has signed out meanwhile or the session has gone; then nothing may be touched.
     template <class Result>
     QCoro::Task<Answer<Result>> answerTo(QCoro::Task<Result> request);
 
@@ -320,6 +320,7 @@ private:
     KeyedTimers m_agentPreviewClear;
     QHash<QString, Instant> m_lastTypingSentAt;
     bool m_didBootstrap = false;
+    quint64 m_signOuts = 0; ///< so that an answer to an agent who has signed out is known as such
 };
 
 } // namespace orvia

@@ -21,6 +21,8 @@ namespace orvia {
 struct SocketTimings {
     std::chrono::milliseconds pingInterval = std::chrono::seconds(25);
     std::chrono::milliseconds handshakeTimeout = std::chrono::seconds(60);
+    /// How long sent bytes, pings included, may stay without the acknowledgement of the peer's machine.
+    std::chrono::milliseconds acknowledgementTimeout = std::chrono::seconds(60);
     std::chrono::milliseconds firstReconnectDelay = std::chrono::seconds(1); ///< doubles with each failure
     std::chrono::milliseconds longestReconnectDelay = std::chrono::seconds(30);
 };
@@ -56,6 +58,9 @@ public:
     void sendRead(const QString& conversationId);
     /// An absent id says that the agent views no conversation.
     void sendViewing(const std::optional<QString>& conversationId);
+
+    /// The whole wait of the reconnect that is pending; none when no reconnect is.
+    std::optional<std::chrono::milliseconds> pendingReconnect() const;
 
     /// The address that @p baseURL and @p token give, or none when they form no URL.
     static std::optional<QUrl> socketURL(const QUrl& baseURL, const QString& token);

@@ -152,7 +152,7 @@ TEST_F(Request, TellsTransportFailuresWithoutAStatus)
 
 TEST_F(Request, RefusesACertificateThatNobodyVouchesFor)
 {
-    ScriptedService secure(ScriptedService::Transport::selfSignedTLS);
+    ScriptedService secure(ScriptedService::Transport::selfSigned);
     const auto outcome = outcomeAt(secure.url());
     EXPECT_TRUE(outcome.errorMessage().startsWith(u"Network error: "_s))
         << outcome.errorMessage().toStdString();

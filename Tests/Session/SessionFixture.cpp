@@ -62,8 +62,9 @@ QStringList listedIds(const Session& session)
     return ids;
 }
 
-SessionFixture::SessionFixture()
-    : defaults(directory.filePath(u"defaults.ini"_s))
+SessionFixture::SessionFixture(ScriptedService::Transport transport)
+    : service(transport)
+    , defaults(directory.filePath(u"defaults.ini"_s))
 {
     timings.typingClear = 60ms;
     timings.previewClear = 90ms;
@@ -88,10 +89,11 @@ SessionFixture::~SessionFixture()
     PushManager::shared().deviceToken.reset();
 }
 
-Session& SessionFixture::makeSession()
+Session& SessionFixture::makeSession(const QUrl& origin)
 {
-    session = std::make_unique<Session>(Session::Collaborators{
-        defaults, tokens, *network, service.url(), timings, [this] { return clock; }, socketTimings});
+    session = std::make_unique<Session>(
+        Session::Collaborators{defaults, tokens, *network, origin.isEmpty() ? service.url() : origin, timings,
+                               [this] { return clock; }, socketTimings});
     return *session;
 }
 

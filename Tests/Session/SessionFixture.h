@@ -83,11 +83,12 @@ QByteArray bodyOf(const std::vector<ReceivedRequest>& requests, std::size_t inde
 /// A session over a scripted service on the loopback interface, with waits short enough to be waited for.
 class SessionFixture : public testing::Test {
 protected:
-    SessionFixture();
+    explicit SessionFixture(ScriptedService::Transport transport = ScriptedService::Transport::plain);
     ~SessionFixture() override;
 
-    /// Builds the session anew from the stores, as a start of the program does.
-    Session& makeSession();
+    /// Builds the session anew from the stores, as a start of the program does; over another service than the
+    /// scripted one when @p origin is given.
+    Session& makeSession(const QUrl& origin = {});
     /// Scripts everything that the establishing sequence asks for.
     void scriptEstablishing();
     void scriptInbox(std::vector<Conversation> open, std::vector<Conversation> closed = {});

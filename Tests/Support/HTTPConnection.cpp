@@ -1,5 +1,7 @@
 #include "Support/HTTPConnection.h"
 
+#include "Support/DeadEnd.h"
+
 #include <gtest/gtest.h>
 
 #include <sys/socket.h>
@@ -67,9 +69,34 @@ void HTTPConnection::receive()
 
 void HTTPConnection::send(const ScriptedAnswer& answer)
 {
-    m_socket->write(answer.bytes());
-    m_busy = answer.ending != ScriptedAnswer::Ending::keepOpen;
-    switch (answer.ending) {
+    m_output = answer.bytes();
+    m_ending = answer.ending;
+    if (answer.bytewise) {
+        m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        sendNextByte();
+        return;
+    }
+    m_socket->write(m_output);
+    end();
+}
+
+void HTTPConnection::sendNextByte()
+{
+    if (m_output.isEmpty()) {
+        end();
+        return;
+    }
+    m_socket->write(m_output.left(1));
+    m_socket->flush();
+    m_output.remove(0, 1);
+    // The turn in between lets the client read.
+    QMetaObject::invokeMethod(this, &HTTPConnection::sendNextByte, Qt::QueuedConnection);
+}
+
+void HTTPConnection::end()
+{
+    m_busy = m_ending != ScriptedAnswer::Ending::keepOpen;
+    switch (m_ending) {
     case ScriptedAnswer::Ending::keepOpen:
         QMetaObject::invokeMethod(this, &HTTPConnection::receive, Qt::QueuedConnection);
         break;
@@ -82,7 +109,21 @@ void HTTPConnection::send(const ScriptedAnswer& answer)
         break;
     case ScriptedAnswer::Ending::stall:
         break;
+    case ScriptedAnswer::Ending::endless:
+        connect(m_socket, &QTcpSocket::bytesWritten, this, [this](qint64 bytes) {
+            m_service->m_endlessBytes += bytes;
+            m_sentWithoutEnd += bytes;
+            if (m_sentWithoutEnd < ScriptedService::endlessEnough)
+                m_socket->write(m_output.right(1024).repeated(64));
+        });
+        break;
     }
+}
+
+void HTTPConnection::vanish() const
+{
+    if (m_socket)
+        dropEverythingReceived(*m_socket);
 }
 
 } // namespace orvia::test

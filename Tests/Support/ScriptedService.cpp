@@ -1,7 +1,7 @@
 #include "Support/ScriptedService.h"
 
 #include "Support/HTTPConnection.h"
-#include "Support/SelfSignedCertificate.h"
+#include "Support/ServerCertificate.h"
 
 #include <QSslServer>
 
@@ -43,6 +43,11 @@ ScriptedAnswer ScriptedAnswer::reset()
     return rawBytes({}, Ending::reset);
 }
 
+ScriptedAnswer ScriptedAnswer::endless(QByteArray head)
+{
+    return rawBytes(head + QByteArray(1024, 'x'), Ending::endless);
+}
+
 QByteArray ScriptedAnswer::bytes() const
 {
     if (raw)
@@ -76,10 +81,9 @@ void HeldAnswer::arrived(HTTPConnection* connection)
 ScriptedService::ScriptedService(Transport transport)
     : m_transport(transport)
 {
-    if (transport == Transport::selfSignedTLS) {
-        auto server = std::make_unique<QSslServer>();
-        server->setSslConfiguration(selfSignedConfiguration());
-        m_server = std::move(server);
+    if (transport != Transport::plain) {
+        m_server = std::make_unique<QSslServer>();
+        present(transport);
     } else {
         m_server = std::make_unique<QTcpServer>();
     }
@@ -139,6 +143,23 @@ std::vector<ReceivedRequest> ScriptedService::requests(const QByteArray& method,
 std::shared_ptr<ServerChannel> ScriptedService::channel() const
 {
     return m_channels.empty() ? nullptr : m_channels.back();
+}
+
+void ScriptedService::present(Transport transport)
+{
+    const std::map<Transport, Certificate> certificates{{Transport::valid, Certificate::valid},
+                                                        {Transport::selfSigned, Certificate::selfSigned},
+                                                        {Transport::expired, Certificate::expired},
+                                                        {Transport::otherHost, Certificate::otherHost}};
+    static_cast<QSslServer&>(*m_server).setSslConfiguration(serverConfiguration(certificates.at(transport)));
+}
+
+void ScriptedService::vanish()
+{
+    for (const HTTPConnection* connection : findChildren<HTTPConnection*>(Qt::FindDirectChildrenOnly))
+        connection->vanish();
+    for (const auto& channel : m_channels)
+        channel->vanish();
 }
 
 void ScriptedService::pause()

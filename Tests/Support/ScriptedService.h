@@ -22,6 +22,7 @@ struct ScriptedAnswer {
         close,    ///< closed after the last byte
         reset,    ///< torn down without a farewell, after the last byte if there is one
         stall,    ///< stays open, nothing more is sent
+        endless,  ///< the last kilobyte is repeated for as long as the client reads
     };
 
     int status = 200;
@@ -29,6 +30,7 @@ struct ScriptedAnswer {
     QByteArray body = {};
     std::optional<QByteArray> raw = {}; ///< sent as it is in place of status line, headers and body
     Ending ending = Ending::keepOpen;
+    bool bytewise = false; ///< each byte is sent alone
 
     static ScriptedAnswer json(QByteArray body, int status = 200);
     static ScriptedAnswer redirect(QByteArray location, int status = 302);
@@ -38,6 +40,8 @@ struct ScriptedAnswer {
     static ScriptedAnswer truncated(QByteArray body, qsizetype missing);
     static ScriptedAnswer stall();
     static ScriptedAnswer reset();
+    /// Begins with @p head, then never ends.
+    static ScriptedAnswer endless(QByteArray head);
 
 private:
     friend class HTTPConnection;
@@ -72,7 +76,8 @@ class ScriptedService : public QObject {
     Q_OBJECT
 
 public:
-    enum class Transport { plain, selfSignedTLS };
+    /// Plain, or TLS with the certificate of that name.
+    enum class Transport { plain, valid, selfSigned, expired, otherHost };
     using Handler = std::function<ScriptedAnswer(const ReceivedRequest&)>;
 
     explicit ScriptedService(Transport transport = Transport::plain);
@@ -101,6 +106,16 @@ public:
     /// Whether new WebSockets answer pings. They do at first.
     void setAnswersPings(bool answers) { m_answersPings = answers; }
 
+    /// An endless answer that was read so far is never given up by the client; it stalls from here.
+    static constexpr qint64 endlessEnough = 256 * 1024 * 1024;
+    /// How many bytes of endless answers have gone out to clients.
+    qint64 endlessBytes() const { return m_endlessBytes; }
+
+    /// Shows another certificate to new connections. Not for a plain transport.
+    void present(Transport transport);
+    /// From now on nothing that arrives on the connections of this moment is received or acknowledged, as
+    /// when the machine at the other end is gone or the way to it. New connections work.
+    void vanish();
     /// Tears every connection down and refuses new ones until @c resume, which takes the same port.
     void pause();
     void resume();
@@ -125,6 +140,7 @@ private:
     std::vector<ReceivedRequest> m_upgradeRequests;
     std::vector<std::shared_ptr<ServerChannel>> m_channels;
     bool m_answersPings = true;
+    qint64 m_endlessBytes = 0;
 };
 
 } // namespace orvia::test

@@ -1,5 +1,7 @@
 #include "Support/ServerChannel.h"
 
+#include "Support/DeadEnd.h"
+
 #include <QCryptographicHash>
 #include <QtEndian>
 
@@ -61,6 +63,11 @@ void ServerChannel::close(quint16 code)
 {
     const quint16 bigEndian = qToBigEndian(code);
     sendFrame(closing, QByteArray(reinterpret_cast<const char*>(&bigEndian), sizeof bigEndian));
+    hangUp();
+}
+
+void ServerChannel::hangUp()
+{
     if (m_socket)
         m_socket->disconnectFromHost();
 }
@@ -69,6 +76,12 @@ void ServerChannel::reset()
 {
     if (m_socket)
         m_socket->abort();
+}
+
+void ServerChannel::vanish() const
+{
+    if (m_socket)
+        dropEverythingReceived(*m_socket);
 }
 
 QByteArray ServerChannel::frameHead(Opcode opcode, quint64 length, bool final)

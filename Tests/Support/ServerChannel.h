@@ -41,8 +41,12 @@ public:
     void sendRaw(const QByteArray& bytes);
     /// Says goodbye with @p code and closes.
     void close(quint16 code = 1000);
+    /// Ends the connection in order, but without a close frame.
+    void hangUp();
     /// Tears the connection down without a close frame.
     void reset();
+    /// From now on nothing is received or acknowledged, and nobody learns of it.
+    void vanish() const;
 
     /// The head of an unmasked frame with a payload of @p length bytes.
     static QByteArray frameHead(Opcode opcode, quint64 length, bool final = true);
