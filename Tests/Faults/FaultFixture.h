@@ -13,7 +13,7 @@ struct Fault {
 
 /// What an agent has on the screen, as far as the session holds it.
 struct Workplace {
-    std::vector<Conversation> inbox;
+    std::deque<Conversation> inbox;
     std::vector<Message> thread;
     std::optional<QString> selected;
     QHash<QString, QString> typingPreviews;

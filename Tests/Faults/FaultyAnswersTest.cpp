@@ -266,7 +266,7 @@ TEST_F(FaultyAnswersTest, ThatAreOddButWholeAreAnswers)
         });
         runTask(made.refreshConversations());
         EXPECT_THAT(takeBanners(), IsEmpty());
-        EXPECT_EQ(made.conversations().all(), (std::vector{open, other}));
+        EXPECT_EQ(made.conversations().all(), (std::deque{open, other}));
         // An answer left over must not become the answer to the next request.
         for (const Operation& operation : operations) {
             if (operation.name != std::string_view("refresh"))

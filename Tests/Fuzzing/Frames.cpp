@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <deque>
 
 /// What a live channel may say to a signed-in session. Each field is a step, which its first byte names: "t"
 /// a text frame, "b" a binary frame, "s" the agent selects the conversation with this id, "f" the agent turns
@@ -183,7 +184,7 @@ private:
 
     Session m_session;
     InboundFrames m_frames;
-    std::vector<Conversation> m_inbox;
+    std::deque<Conversation> m_inbox;
     QHash<QString, qsizetype> m_threadSizes;
 };
 

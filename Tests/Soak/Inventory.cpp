@@ -18,7 +18,8 @@
 #include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+/// Of the sanitizer's runtime, whose header for it comes with another compiler.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 /// The toolkit's hooks for tools that watch its objects; exported, declared in none of its public headers.
