@@ -180,6 +180,10 @@ double scrolling(int length)
     std::vector<double> waits;
     for (int step = 0; step < scrollSteps; ++step) {
         QScrollBar* const bar = transcript->verticalScrollBar();
+        // Up to the beginning, and from there once more.
+        if (bar->value() <= bar->minimum())
+            bar->setValue(bar->maximum());
+        QCoreApplication::processEvents();
         waits.push_back(
             millisecondsUntilPainted(paints, [bar] { bar->setValue(bar->value() - bar->pageStep() / 2); }));
     }

@@ -18,9 +18,9 @@ constexpr std::chrono::milliseconds pause(5);
 
 } // namespace
 
-TypefaceSearch::TypefaceSearch(std::vector<QFont> fonts, QObject* parent)
+TypefaceSearch::TypefaceSearch(const QFont& font, QObject* parent)
     : QObject(parent)
-    , m_fonts(std::move(fonts))
+    , m_font(font)
 {
     m_timer.callOnTimeout(this, &TypefaceSearch::searchNext);
     m_timer.start(pause);
@@ -28,11 +28,11 @@ TypefaceSearch::TypefaceSearch(std::vector<QFont> fonts, QObject* parent)
 
 void TypefaceSearch::searchNext()
 {
-    if (m_step == m_fonts.size() * samples.size()) {
+    if (m_step == samples.size()) {
         m_timer.stop();
         return;
     }
-    QTextLayout layout(samples[m_step % samples.size()], m_fonts[m_step / samples.size()]);
+    QTextLayout layout(samples[m_step], m_font);
     layout.beginLayout();
     layout.createLine();
     layout.endLayout();

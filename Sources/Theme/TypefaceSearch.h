@@ -4,8 +4,6 @@
 #include <QObject>
 #include <QTimer>
 
-#include <vector>
-
 namespace orvia {
 
 /// Finds the typefaces of scripts that the interface's own lacks, while nothing else is to be done. Asking
@@ -15,15 +13,15 @@ class TypefaceSearch : public QObject {
     Q_OBJECT
 
 public:
-    /// Searches for each of @p fonts, a script at a time, and then rests.
-    explicit TypefaceSearch(std::vector<QFont> fonts, QObject* parent = nullptr);
+    /// Searches for @p font, a script at a time, and then rests.
+    explicit TypefaceSearch(const QFont& font, QObject* parent = nullptr);
 
     bool isFinished() const { return !m_timer.isActive(); }
 
 private:
     void searchNext();
 
-    std::vector<QFont> m_fonts;
+    QFont m_font;
     std::size_t m_step = 0;
     QTimer m_timer;
 };

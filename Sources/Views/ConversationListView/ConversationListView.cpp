@@ -59,8 +59,8 @@ ConversationListView::ConversationListView(Session& session, QWidget* parent)
     connectSearch();
     connect(&Theme::shared(), &Theme::changed, this, &ConversationListView::followTheme);
     followTheme();
-    // The service takes a while to answer; what the rows will be painted with can be found meanwhile.
-    new TypefaceSearch({Theme::font(TextRole::callout), Theme::font(TextRole::bodyStrong)}, this);
+    // The service takes a while to answer; what previews will be painted with can be found meanwhile.
+    new TypefaceSearch(Theme::font(TextRole::callout), this);
     updateTitle();
     updateSearchField();
     updatePage();
