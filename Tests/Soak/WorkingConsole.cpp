@@ -128,10 +128,11 @@ void WorkingConsole::rest()
             return QAbstractEventDispatcher::instance()->registeredTimers(bar).isEmpty();
         });
     };
-    await("the end of every mark and movement", [&] {
-        return m_markSeen == m_markSent && Inventory::pendingKeyedTimers() == 0 && !m_session.banner()
-               && m_window.findChildren<Sheet*>().isEmpty() && isStill();
-    });
+    await("the last event", [&] { return m_markSeen == m_markSent; });
+    await("the end of every mark",
+          [&] { return Inventory::pendingKeyedTimers() == 0 && !m_session.banner(); });
+    await("the end of every movement",
+          [&] { return m_window.findChildren<Sheet*>().isEmpty() && isStill(); });
     // What nobody waits for, such as the answer to a page that was closed while it loaded.
     spinFor(200ms);
 }
