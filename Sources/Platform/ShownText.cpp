@@ -66,10 +66,7 @@ public:
 
     void add(char32_t character)
     {
-        if (character > u' ' && character <= u'~') {
-            m_attached = 0;
-            append(character);
-        } else if (QChar::isSpace(character)) {
+        if (QChar::isSpace(character)) {
             m_spaceIsDue = !m_line.isEmpty();
         } else if (isMark(character) || isJoining(character)) {
             if (++m_attached <= (isMark(character) ? mostMarks : mostJoined))

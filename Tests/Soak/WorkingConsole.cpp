@@ -131,8 +131,11 @@ void WorkingConsole::rest()
     await("the last event", [&] { return m_markSeen == m_markSent; });
     await("the end of every mark",
           [&] { return Inventory::pendingKeyedTimers() == 0 && !m_session.banner(); });
-    await("the end of every movement",
-          [&] { return m_window.findChildren<Sheet*>().isEmpty() && isStill(); });
+    await("the end of every sheet", [&] {
+        closeSheets(); // also one that an answer opens late
+        return m_window.findChildren<Sheet*>().isEmpty();
+    });
+    await("the end of every movement", isStill);
     // What nobody waits for, such as the answer to a page that was closed while it loaded.
     spinFor(200ms);
 }
