@@ -19,4 +19,9 @@ struct Lossy {
     friend bool operator==(const Lossy&, const Lossy&) = default;
 };
 
+template <class T>
+inline constexpr bool isLossy = false;
+template <class Element>
+inline constexpr bool isLossy<Lossy<Element>> = true;
+
 } // namespace orvia

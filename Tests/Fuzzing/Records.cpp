@@ -1,6 +1,7 @@
 #include "Input.h"
 
 #include "Models/APIJSON.h"
+#include "Models/JSON/Decoding.h"
 #include "Models/Responses.h"
 #include "Models/SocketEvent.h"
 
@@ -32,6 +33,10 @@ void roundTrip(const QByteArray& document)
     constexpr qsizetype beyondPooling = 17 * 1024;
     const QByteArray padded = document + QByteArray(beyondPooling, ' ');
     require(decoded<T>(padded) == record, "white space behind a document changes nothing");
+    if constexpr (json::PageList<T>::isPage) {
+        const std::optional<T> sliced = json::decodeInSlices<T>(document, 1);
+        require(!sliced || sliced == record, "what is read in slices is what is read as a whole");
+    }
     if (!record)
         return;
     const QByteArray written = APIJSON::encoder.encode(*record);

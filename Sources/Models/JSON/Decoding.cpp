@@ -2,8 +2,12 @@
 
 #include "Models/JSON/Tolerance.h"
 
+#include <QThread>
+#include <QThreadPool>
+
 #include <cstring>
 #include <mutex>
+#include <semaphore>
 #include <unordered_map>
 
 namespace orvia::json {
@@ -74,24 +78,34 @@ DecodingError Context::error() const
     }
 }
 
-QString TextPool::text(std::string_view text)
+QString TextPool::text(std::string_view utf8)
 {
     constexpr std::size_t longestShared = 256;
-    if (text.empty() || text.size() > longestShared)
-        return toQString(text);
+    if (utf8.empty() || utf8.size() > longestShared)
+        return toQString(utf8);
     // Both ends tell most texts apart; telling all of them apart is the comparison's task.
     std::uint64_t head = 0;
     std::uint64_t tail = 0;
-    const std::size_t length = std::min(text.size(), sizeof head);
-    std::memcpy(&head, text.data(), length);
-    std::memcpy(&tail, text.data() + text.size() - length, length);
+    const std::size_t length = std::min(utf8.size(), sizeof head);
+    std::memcpy(&head, utf8.data(), length);
+    std::memcpy(&tail, utf8.data() + utf8.size() - length, length);
     constexpr std::uint64_t odd = 0x9E3779B97F4A7C15;
-    const std::uint64_t mixed = ((head * odd) ^ tail ^ text.size()) * odd;
+    const std::uint64_t mixed = ((head * odd) ^ tail ^ utf8.size()) * odd;
     constexpr int indexShift = 64 - std::countr_zero(size);
-    Entry& entry = m_entries[mixed >> indexShift];
-    if (entry.utf8 != text)
-        entry = {text, toQString(text)};
-    return entry.text;
+    Entry& known = m_entries[mixed >> indexShift];
+
+    if (known.bytes == utf8.size()) {
+        // A text has as many code units as bytes exactly when it is ASCII, which is Latin-1 too and compared
+        // sooner.
+        const auto count = static_cast<qsizetype>(utf8.size());
+        const bool isKnown = known.text.size() == count
+                                 ? known.text == QLatin1StringView(utf8.data(), count)
+                                 : QAnyStringView(known.text) == QUtf8StringView(utf8.data(), count);
+        if (isKnown)
+            return known.text;
+    }
+    known = {utf8.size(), toQString(utf8)};
+    return known.text;
 }
 
 ParsedDocument::ParsedDocument(QByteArrayView bytes)
@@ -117,6 +131,48 @@ ParsedDocument::ParsedDocument(QByteArrayView bytes)
 ParsedDocument::~ParsedDocument()
 {
     ParserPool::shared().giveBack(std::move(m_parser));
+}
+
+SliceParser::SliceParser()
+    : m_parser(std::make_unique<simdjson::dom::parser>())
+{
+}
+
+SliceParser::~SliceParser() = default;
+
+std::optional<Element> SliceParser::list(std::string_view elements)
+{
+    m_document.clear();
+    m_document.reserve(elements.size() + 2 + simdjson::SIMDJSON_PADDING);
+    m_document.append(1, '[').append(elements).append(1, ']');
+    if (m_parser->capacity() < m_document.size()) {
+        // In its document the list is one level deeper. Room for the slices to come, which differ a little.
+        if (m_parser->allocate(std::bit_ceil(m_document.size()), APIJSON::maxDepth - 1) != simdjson::SUCCESS)
+            return std::nullopt;
+    }
+    Element root;
+    constexpr bool isPadded = true;
+    if (m_parser->parse(m_document.data(), m_document.size(), !isPadded).get(root) != simdjson::SUCCESS)
+        return std::nullopt;
+    const simdjson::dom::array list = root;
+    return list.begin() == list.end() ? std::nullopt : std::optional(root);
+}
+
+void withHelpers(int mostHelpers, const std::function<void()>& work)
+{
+    QThreadPool& pool = *QThreadPool::globalInstance();
+    std::counting_semaphore<> finished(0);
+    int helpers = 0;
+    const auto help = [&work, &finished] {
+        work();
+        finished.release();
+    };
+    const int wanted = std::min(mostHelpers, QThread::idealThreadCount() - 1);
+    while (helpers < wanted && pool.tryStart(help))
+        ++helpers;
+    work();
+    for (; helpers > 0; --helpers)
+        finished.acquire();
 }
 
 bool readValue(const Element& element, QString& value, Context& context)
