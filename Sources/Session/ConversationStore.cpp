@@ -1,16 +1,29 @@
 #include "Session/ConversationStore.h"
 
+#include <algorithm>
+
 namespace orvia {
 
 ConversationStore::ConversationStore(std::vector<std::vector<Conversation>> pages)
+    : m_pages(std::move(pages))
 {
-    for (std::vector<Conversation>& page : pages)
-        m_conversations.insert(m_conversations.end(), std::make_move_iterator(page.begin()),
-                               std::make_move_iterator(page.end()));
+    std::size_t count = 0;
+    for (const std::vector<Conversation>& page : m_pages)
+        count += page.size();
+    m_order.reserve(count);
+    for (std::vector<Conversation>& page : m_pages) {
+        for (Conversation& conversation : page)
+            m_order.push_back(&conversation);
+    }
     m_positions.reserve(size());
     // Backwards, so that the first of several records with one id is the one found.
     for (qsizetype index = size() - 1; index >= 0; --index)
         m_positions.insert(at(index).id, index);
+}
+
+bool operator==(const ConversationStore& left, const ConversationStore& right)
+{
+    return std::ranges::equal(left.all(), right.all());
 }
 
 const Conversation* ConversationStore::find(const QString& id) const
@@ -27,12 +40,12 @@ qsizetype ConversationStore::indexOf(const QString& id) const
 void ConversationStore::append(Conversation conversation)
 {
     m_positions.insert(conversation.id, size());
-    m_conversations.push_back(std::move(conversation));
+    m_order.push_back(&m_added.emplace_back(std::move(conversation)));
 }
 
 void ConversationStore::replace(qsizetype index, Conversation conversation)
 {
-    m_conversations[static_cast<std::size_t>(index)] = std::move(conversation);
+    mutableAt(index) = std::move(conversation);
 }
 
 } // namespace orvia

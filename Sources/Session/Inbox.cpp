@@ -35,19 +35,19 @@ QCoro::Task<ConversationStore> joined(QCoro::Task<std::vector<Conversation>> ope
     std::vector<std::vector<Conversation>> pages(2);
     pages[0] = co_await openPage;
     pages[1] = co_await closedPage;
-    auto join = [pages = std::move(pages)]() mutable {
-        ConversationStore store(std::move(pages));
-        // The documents and pages are gone; what they left in the allocator goes back to the system.
-        ::malloc_trim(0);
-        return store;
-    };
+    auto join = [pages = std::move(pages)]() mutable { return ConversationStore(std::move(pages)); };
     co_return co_await onWorker(std::move(join));
 }
 
-/// Lets a worker free what may be ten thousand records.
+/// Lets a worker free what may be ten thousand records, and give back to the system what they and the
+/// documents of a load left in the allocator.
 void dispose(ConversationStore store)
 {
-    QThreadPool::globalInstance()->start([store = std::make_shared<ConversationStore>(std::move(store))] {});
+    const auto old = std::make_shared<std::optional<ConversationStore>>(std::move(store));
+    QThreadPool::globalInstance()->start([old] {
+        old->reset();
+        ::malloc_trim(0);
+    });
 }
 
 } // namespace
@@ -93,7 +93,7 @@ QCoro::Task<void> Session::refreshConversations()
 
 void Session::replaceConversations(ConversationStore conversations)
 {
-    if (m_conversations.all() == conversations.all()) {
+    if (m_conversations == conversations) {
         dispose(std::move(conversations));
         return;
     }

@@ -62,7 +62,8 @@ Session& FaultTest::goToWork()
 
 Workplace FaultTest::workplace() const
 {
-    return {session->conversations().all(),
+    const auto inbox = session->conversations().all();
+    return {{inbox.begin(), inbox.end()},
             session->messages().thread(u"c1"_s),
             session->selectedConversationId(),
             session->typingPreviews(),

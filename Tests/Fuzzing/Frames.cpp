@@ -123,7 +123,7 @@ private:
     void checkInbox() const
     {
         const ConversationStore& conversations = m_session.conversations();
-        require(conversations.all() == m_inbox, "every change of the inbox is told");
+        require(std::ranges::equal(conversations.all(), m_inbox), "every change of the inbox is told");
         for (qsizetype index = 0; index < conversations.size(); ++index) {
             const QString& id = conversations.at(index).id;
             require(conversations.indexOf(id) == index, "identifiers are unique and found by the index");

@@ -212,19 +212,18 @@ void ConversationListModel::rebuild()
 void ConversationListModel::collectEntries()
 {
     const Instant instant = now();
-    const std::deque<Conversation>& all = m_session.conversations().all();
+    const ConversationStore& inbox = m_session.conversations();
     m_agentId = m_session.agent() ? std::optional(m_session.agent()->id) : std::nullopt;
     m_entries.clear();
-    m_standings.assign(all.size(), {});
+    m_standings.assign(static_cast<std::size_t>(inbox.size()), {});
     m_expiries.clear();
-    for (std::size_t slot = 0; slot < all.size(); ++slot) {
-        const Conversation& candidate = all[slot];
-        const auto position = static_cast<qsizetype>(slot);
+    for (qsizetype position = 0; position < inbox.size(); ++position) {
+        const Conversation& candidate = inbox.at(position);
         m_expiries.set(position, candidate.snoozedUntil, instant);
         if (!m_session.isListed(candidate, instant))
             continue;
         const Instant at = candidate.lastMessageAt.value_or(Instant::min());
-        m_standings[slot].listedAt = at;
+        m_standings[static_cast<std::size_t>(position)].listedAt = at;
         m_entries.push_back({at, position});
     }
     std::sort(m_entries.begin(), m_entries.end(), precedes);
