@@ -11,6 +11,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// An announced length is only believed so far.
+constexpr qint64 largestReservation = 16 * 1024 * 1024;
+
 /// Whether the reply carries an HTTP response in full. Qt reports a status outside 200–299 as an error too,
 /// and a redirect that must not be followed as one of the address that it names.
 bool isHTTPResponse(const QNetworkReply& reply)
@@ -29,6 +32,21 @@ bool isHTTPResponse(const QNetworkReply& reply)
     default:
         return error >= QNetworkReply::ContentAccessDenied;
     }
+}
+
+/// Moves what has arrived to the end of @p received, which gets room for the announced length at the first
+/// time.
+void takeOver(QNetworkReply& reply, QByteArray& received)
+{
+    const qint64 available = reply.bytesAvailable();
+    if (received.isEmpty()) {
+        const qint64 announced = reply.header(QNetworkRequest::ContentLengthHeader).toLongLong();
+        received.reserve(std::max(available, std::min(announced, largestReservation)));
+    }
+    const qsizetype size = received.size();
+    received.resize(size + available);
+    const qint64 taken = reply.read(received.data() + size, available);
+    received.truncate(size + std::max<qint64>(taken, 0));
 }
 
 } // namespace
@@ -66,13 +84,16 @@ QCoro::Task<NetworkSession::Answer> NetworkSession::perform(QNetworkRequest requ
         reply = m_manager.sendCustomRequest(request, method, body.value_or(QByteArray()));
     reply->setParent(&m_manager);
 
+    // Taken over as it arrives: gathering a large body at its end would hold up the interface.
+    QByteArray received;
     const qint64 maxBodyBytes = m_limits.maxBodyBytes;
     bool tooLarge = false;
-    connect(reply, &QNetworkReply::readyRead, reply, [reply, maxBodyBytes, &tooLarge] {
-        if (reply->bytesAvailable() <= maxBodyBytes)
-            return;
-        tooLarge = true;
-        reply->abort();
+    connect(reply, &QNetworkReply::readyRead, reply, [reply, maxBodyBytes, &received, &tooLarge] {
+        tooLarge = received.size() + reply->bytesAvailable() > maxBodyBytes;
+        if (tooLarge)
+            reply->abort();
+        else
+            takeOver(*reply, received);
     });
 
     co_await reply;
@@ -90,7 +111,8 @@ QCoro::Task<NetworkSession::Answer> NetworkSession::perform(QNetworkRequest requ
         const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
         if (status.isValid())
             answer.status = status.toInt();
-        answer.body = reply->readAll();
+        takeOver(*reply, received);
+        answer.body = std::move(received);
     }
     co_return answer;
 }

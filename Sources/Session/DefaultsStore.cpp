@@ -30,6 +30,8 @@ std::optional<QByteArray> DefaultsStore::data(const QString& key) const
 
 void DefaultsStore::setData(const QByteArray& value, const QString& key)
 {
+    if (data(key) == value)
+        return;
     QDir().mkpath(QFileInfo(m_file).absolutePath());
     QSettings settings(m_file, QSettings::IniFormat);
     settings.setAtomicSyncRequired(true);

@@ -26,6 +26,21 @@ TEST(DefaultsStoreTest, KeepsBytesAsTheyAre)
     EXPECT_TRUE(DefaultsStore(file).data(u"other"_s));
 }
 
+TEST(DefaultsStoreTest, AValueThatIsThereIsNotWrittenAgain)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath(u"defaults.ini"_s);
+    DefaultsStore store(path);
+    store.setData("value", u"key"_s);
+    // A write would replace the file by one that can be written to.
+    ASSERT_TRUE(QFile::setPermissions(path, QFile::ReadOwner));
+    const QFile::Permissions permissions = QFile::permissions(path);
+    store.setData("value", u"key"_s);
+    EXPECT_EQ(QFile::permissions(path), permissions);
+    store.setData("other", u"key"_s);
+    EXPECT_EQ(store.data(u"key"_s), "other");
+}
+
 TEST(DefaultsStoreTest, ADamagedFileStartsCleanAndIsReplaced)
 {
     const QTemporaryDir directory;
