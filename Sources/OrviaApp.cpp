@@ -5,6 +5,7 @@
 #include "AppIdentity.h"
 #include "Keychain/Keychain.h"
 #include "Platform/Appearance.h"
+#include "Platform/RelativeTime.h"
 #include "PushManager.h"
 #include "Session/DefaultsStore.h"
 #include "Session/Session.h"
@@ -14,6 +15,8 @@
 
 #include <QApplication>
 #include <QPointer>
+#include <QThreadPool>
+#include <QTimer>
 
 #include <unistd.h>
 
@@ -66,14 +69,15 @@ bool OrviaApp::start(const QList<QUrl>& links)
     open();
     for (const QUrl& link : links)
         openLink(link);
-    if (!runsInBackground(links))
-        activate({});
+    m_isWanted = !runsInBackground(links);
     return true;
 }
 
 /// The session comes after the place on the desktop, so that a second start does not ask the keyring.
 void OrviaApp::open()
 {
+    // While the keyring is asked.
+    Theme::searchTypefaces();
     m_urlSession = std::make_unique<NetworkSession>();
     m_defaults = std::make_unique<DefaultsStore>();
     m_keychain = std::make_unique<Keychain>(AppIdentity::identifier);
@@ -81,14 +85,27 @@ void OrviaApp::open()
                                                                  .tokenStore = *m_keychain,
                                                                  .urlSession = *m_urlSession,
                                                                  .baseURL = AppConfig::apiBaseURL()});
-    // Before the window is built, so that the service works on the first answer meanwhile.
+    // The service's first answer comes while the fonts are loaded and is taken before the window is built,
+    // because it leads to the requests that take longest.
     m_session->bootstrap();
-    m_window = std::make_unique<RootView>(*m_session);
-    m_window->resize(defaultWindowSize);
+    Theme::loadFonts();
+    QTimer::singleShot(0, this, &OrviaApp::buildWindow);
     connect(m_session.get(), &Session::tokenChanged, this, &OrviaApp::followSignIn);
     connect(m_session.get(), &Session::agentChanged, this, &OrviaApp::followSignIn);
     connect(m_session.get(), &Session::isLoadingListChanged, this, &OrviaApp::followInbox);
     followSignIn();
+}
+
+void OrviaApp::buildWindow()
+{
+    m_window = std::make_unique<RootView>(*m_session);
+    m_window->resize(defaultWindowSize);
+    if (m_isWanted)
+        activate({});
+    // The first words about a time take milliseconds, which the first painting of the inbox need not wait
+    // for.
+    const Instant now = currentInstant();
+    QThreadPool::globalInstance()->start([now] { relativeTime(now - std::chrono::days(1), now); });
 }
 
 void OrviaApp::activate(const QString& activationToken)
@@ -96,6 +113,10 @@ void OrviaApp::activate(const QString& activationToken)
     // The toolkit takes the token from where the desktop puts it for a program that it starts.
     if (!activationToken.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
+    if (!m_window) {
+        m_isWanted = true;
+        return;
+    }
     if (!m_window->isVisible()) {
         m_window->show();
     } else {
@@ -108,13 +129,14 @@ void OrviaApp::activate(const QString& activationToken)
 
 void OrviaApp::openLink(const QUrl& link)
 {
-    if (!DeepLink::conversationId(link))
+    const std::optional<QString> conversation = DeepLink::conversationId(link);
+    if (!conversation)
         return;
     // A remembered token may be refused yet; then the link waits for the sign-in that follows.
     if (!m_isEstablished)
         m_waitingLink = link;
     if (m_isSignedIn)
-        m_window->openLink(link);
+        m_session->openFromDeepLink(*conversation);
 }
 
 void OrviaApp::followSignIn()
@@ -125,7 +147,7 @@ void OrviaApp::followSignIn()
     m_isSignedIn = isSignedIn;
     m_isEstablished = false;
     if (isSignedIn && m_waitingLink)
-        m_window->openLink(*m_waitingLink);
+        openLink(*m_waitingLink);
 }
 
 void OrviaApp::followInbox()

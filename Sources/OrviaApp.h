@@ -28,8 +28,8 @@ public:
     OrviaApp();
     ~OrviaApp() override;
 
-    /// Takes the user's one place on the desktop and shows the window, or hands @p links to the instance that
-    /// has it; false then, and the process may end.
+    /// Takes the user's one place on the desktop and shows the window from the event loop, or hands @p links
+    /// to the instance that has it; false then, and the process may end.
     bool start(const QList<QUrl>& links);
 
     /// The one session; null before a start that did not hand over.
@@ -37,6 +37,7 @@ public:
 
 private:
     void open();
+    void buildWindow();
     void activate(const QString& activationToken);
     void openLink(const QUrl& link);
     void followSignIn();
@@ -52,6 +53,7 @@ private:
     std::unique_ptr<Session> m_session;
     std::unique_ptr<RootView> m_window;
     std::optional<QUrl> m_waitingLink; ///< to be opened by the next sign-in
+    bool m_isWanted = false;           ///< the window is to be shown as soon as it is there
     bool m_isSignedIn = false;         ///< there are a token and an agent
     bool m_isEstablished = false;      ///< the service has accepted the token since the sign-in
 };

@@ -215,6 +215,8 @@ int takeScreenshot(QApplication& application, Request request)
     QApplication::setCursorFlashTime(0);
     Theme::shared().apply(application);
     Theme::shared().setDesktopAppearance(request.dark);
+    Theme::searchTypefaces();
+    Theme::loadFonts();
     RootView window(session);
     window.resize(request.size);
     window.show();

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <mutex>
 
 namespace orvia {
 
@@ -87,14 +88,16 @@ Distance distance(TimePoint then, TimePoint now)
 }
 
 /// Making a formatter takes milliseconds, so one is kept until the user's language changes.
-const icu::RelativeDateTimeFormatter* formatter()
+std::shared_ptr<const icu::RelativeDateTimeFormatter> formatter()
 {
+    static std::mutex mutex;
     static std::string language;
-    static std::unique_ptr<icu::RelativeDateTimeFormatter> kept;
+    static std::shared_ptr<const icu::RelativeDateTimeFormatter> kept;
+    const std::lock_guard lock(mutex);
     const std::string current = Formats::languageTag();
     if (!kept || language != current) {
         UErrorCode status = U_ZERO_ERROR;
-        auto made = std::make_unique<icu::RelativeDateTimeFormatter>(
+        auto made = std::make_shared<icu::RelativeDateTimeFormatter>(
             icu::Locale::forLanguageTag(current, status), nullptr, UDAT_STYLE_LONG,
             UDISPCTX_CAPITALIZATION_NONE, status);
         if (U_FAILURE(status))
@@ -102,7 +105,7 @@ const icu::RelativeDateTimeFormatter* formatter()
         kept = std::move(made);
         language = current;
     }
-    return kept.get();
+    return kept;
 }
 
 } // namespace
@@ -110,7 +113,7 @@ const icu::RelativeDateTimeFormatter* formatter()
 QString relativeTime(TimePoint then, TimePoint now)
 {
     const Distance found = distance(then, now);
-    const icu::RelativeDateTimeFormatter* words = formatter();
+    const auto words = formatter();
     if (!words)
         return {};
     UErrorCode status = U_ZERO_ERROR;

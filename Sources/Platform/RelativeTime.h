@@ -12,7 +12,7 @@ namespace orvia {
 /// Less than a minute either way is "now". Whole minutes count up to the hour and whole hours up to twelve of
 /// them; up to a day they count only within one calendar day of the local time zone. From there on calendar
 /// days count, so that "yesterday" and "tomorrow" mean the neighbouring date; a week on, whole weeks,
-/// calendar months and years. Main thread.
+/// calendar months and years. Thread-safe.
 QString relativeTime(std::chrono::sys_time<std::chrono::milliseconds> then,
                      std::chrono::sys_time<std::chrono::milliseconds> now);
 

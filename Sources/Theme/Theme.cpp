@@ -1,6 +1,7 @@
 #include "Theme/Theme.h"
 
 #include "Theme/ConsoleStyle.h"
+#include "Theme/Typefaces.h"
 
 #include <QApplication>
 #include <QEvent>
@@ -204,7 +205,7 @@ QColor Theme::color(ColorRole role, bool dark)
 
 QFont Theme::font(TextRole role)
 {
-    const QFont base = QApplication::font();
+    const QFont& base = shared().baseFont();
     const TypeStep step = typeStep(role);
     const bool fixedPitch = role == TextRole::code || role == TextRole::codeRegular;
     QFont font = fixedPitch ? QFontDatabase::systemFont(QFontDatabase::FixedFont) : base;
@@ -216,6 +217,37 @@ QFont Theme::font(TextRole role)
         font.setLetterSpacing(QFont::AbsoluteSpacing, 0.5);
     }
     return font;
+}
+
+/// The desktop's font, and after it the fallback families. A family in the list that is not there, or is
+/// another one's second name, would let the next take its place: the list begins with the one in use.
+const QFont& Theme::baseFont()
+{
+    const QFont desktopFont = QApplication::font();
+    if (m_desktopFont != desktopFont) {
+        m_desktopFont = desktopFont;
+        m_baseFont = desktopFont;
+        if (!m_fallbackFamilies.isEmpty())
+            m_baseFont.setFamilies(QStringList(QFontInfo(desktopFont).family()) + m_fallbackFamilies);
+    }
+    return m_baseFont;
+}
+
+void Theme::searchTypefaces()
+{
+    shared().m_search = std::async(std::launch::async, Typefaces::fallbacks);
+}
+
+void Theme::loadFonts()
+{
+    Theme& theme = shared();
+    if (theme.m_search.valid()) {
+        theme.m_fallbackFamilies = theme.m_search.get();
+        theme.m_desktopFont.reset();
+    }
+    for (const TextRole role : {TextRole::body, TextRole::bodyStrong, TextRole::bodyMedium, TextRole::callout,
+                                TextRole::heading, TextRole::caption, TextRole::micro})
+        QFontMetrics(font(role)).horizontalAdvance(u"Orvia"_s);
 }
 
 int Theme::lineHeight(TextRole role)

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QPixmap>
 
+#include <future>
 #include <optional>
 
 class QApplication;
@@ -182,6 +183,10 @@ public:
     /// The value in one of the two appearances, whatever the current one is.
     static QColor color(ColorRole role, bool dark);
     static QFont font(TextRole role);
+    /// Begins, in a thread of its own, to look for typefaces of letters that the desktop's lacks.
+    static void searchTypefaces();
+    /// Waits for the search and loads the fonts that every screen has, with the typefaces that were found.
+    static void loadFonts();
     /// Line height of wrapped text in a role, in whole pixels: 1.35 times the size.
     static int lineHeight(TextRole role);
     /// @p milliseconds, or 0 when the desktop has animations switched off.
@@ -210,8 +215,13 @@ private:
     void followDesktop();
     void setDark(bool dark);
     void installPalette();
+    const QFont& baseFont();
 
     QApplication* m_application = nullptr;
+    std::optional<QFont> m_desktopFont; ///< what m_baseFont was made of
+    QFont m_baseFont;
+    std::future<QStringList> m_search;
+    QStringList m_fallbackFamilies;
     std::optional<bool> m_desktopDark;
     bool m_paletteDark = false;
     bool m_dark = false;

@@ -4,7 +4,6 @@
 #include "Session/Session.h"
 #include "Theme/Theme.h"
 #include "Views/BannerView.h"
-#include "Views/DeepLink.h"
 #include "Views/LoginView.h"
 #include "Views/MainSplitView.h"
 #include "Views/Widgets/Sheet.h"
@@ -85,12 +84,6 @@ RootView::RootView(Session& session, QWidget* parent)
     connect(&session, &Session::tokenChanged, this, &RootView::followToken);
     connect(&session, &Session::bannerChanged, this, [this] { m_banner->present(m_session.banner()); });
     m_banner->present(session.banner());
-}
-
-void RootView::openLink(const QUrl& url)
-{
-    if (const std::optional<QString> id = DeepLink::conversationId(url))
-        m_session.openFromDeepLink(*id);
 }
 
 void RootView::followToken()

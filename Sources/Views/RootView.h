@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QUrl>
 #include <QWidget>
 
 namespace orvia {
@@ -16,9 +15,6 @@ class RootView : public QWidget {
 public:
     /// @p session outlives the view.
     explicit RootView(Session& session, QWidget* parent = nullptr);
-
-    /// Opens the conversation that @p url names; every other link is ignored.
-    void openLink(const QUrl& url);
 
     /// The screen on show: a LoginView or a MainSplitView.
     QWidget* screen() const { return m_screen; }

@@ -57,6 +57,13 @@ protected:
         return nullptr;
     }
 
+    /// Starts the application and waits for its window.
+    static void start(OrviaApp& application, const QList<QUrl>& links = {})
+    {
+        ASSERT_TRUE(application.start(links));
+        ASSERT_TRUE(waitUntil([] { return window() != nullptr; }));
+    }
+
     static LoginView* signInScreen() { return qobject_cast<LoginView*>(window()->screen()); }
 
     static void signIn()
@@ -83,7 +90,7 @@ TEST_F(OrviaAppTest, ALinkSurvivesARefusedToken)
 {
     {
         OrviaApp application;
-        ASSERT_TRUE(application.start({}));
+        start(application);
         signIn();
         ASSERT_TRUE(waitUntil([] { return DefaultsStore().data(u"cachedIdentity"_s).has_value(); }));
     }
@@ -91,7 +98,7 @@ TEST_F(OrviaAppTest, ALinkSurvivesARefusedToken)
     service->clearJournal();
 
     OrviaApp application;
-    ASSERT_TRUE(application.start({QUrl(u"orvia://conversation/helen-brandt"_s)}));
+    start(application, {QUrl(u"orvia://conversation/helen-brandt"_s)});
     ASSERT_EQ(signInScreen(), nullptr);
     ASSERT_TRUE(waitUntil([] { return signInScreen() != nullptr; }));
     service->clearJournal();
@@ -102,7 +109,7 @@ TEST_F(OrviaAppTest, ALinkSurvivesARefusedToken)
 TEST_F(OrviaAppTest, ALinkIsNotOpenedForTheNextAgentToo)
 {
     OrviaApp application;
-    ASSERT_TRUE(application.start({QUrl(u"orvia://conversation/helen-brandt"_s)}));
+    start(application, {QUrl(u"orvia://conversation/helen-brandt"_s)});
     signIn();
     ASSERT_TRUE(waitUntil([] { return timesOpened(u"helen-brandt"_s) > 0 && !service->frames().empty(); }));
     application.session()->logout();
@@ -118,7 +125,7 @@ TEST_F(OrviaAppTest, TheDesktopBringsTheWindowBack)
     ScopedEnvironment environment;
     environment.unset("XDG_ACTIVATION_TOKEN");
     OrviaApp application;
-    ASSERT_TRUE(application.start({}));
+    start(application);
     window()->showMinimized();
     BusConnection desktop(*bus);
     QDBusMessage call = QDBusMessage::createMethodCall(AppIdentity::identifier, u"/io/tessaly/Orvia"_s,
@@ -136,7 +143,7 @@ TEST_F(OrviaAppTest, TheDesktopChoosesTheAppearance)
     constexpr uint light = 2;
     FakePortal portal(*bus, dark, false);
     OrviaApp application;
-    ASSERT_TRUE(application.start({}));
+    start(application);
     EXPECT_TRUE(waitUntil([] { return Theme::shared().isDark(); }));
     Q_EMIT portal.SettingChanged(u"org.freedesktop.appearance"_s, u"color-scheme"_s,
                                  QDBusVariant(QVariant(light)));
@@ -146,7 +153,7 @@ TEST_F(OrviaAppTest, TheDesktopChoosesTheAppearance)
 TEST_F(OrviaAppTest, ClosingTheWindowEndsTheProgram)
 {
     OrviaApp application;
-    ASSERT_TRUE(application.start({}));
+    start(application);
     QTimer::singleShot(0, window(), &QWidget::close);
     EXPECT_EQ(QApplication::exec(), 0);
 }

@@ -181,7 +181,7 @@ void WorkingConsole::openAnother()
     // A step that has no divisor in common with most lengths goes through all of the list.
     const QString id = listed[static_cast<std::size_t>(m_turn) * 37 % listed.size()]->id;
     if (m_turn % 7 == 0)
-        m_window.openLink(QUrl(u"orvia://conversation/"_s + id));
+        m_session.openFromDeepLink(id);
     else
         m_session.setSelectedConversationId(id);
     await("the thread", [&] { return !m_session.messages().thread(id).empty(); });

@@ -4,8 +4,12 @@
 #include "Views/Widgets/Label.h"
 
 #include <QApplication>
+#include <QFontInfo>
+#include <QGlyphRun>
+#include <QRawFont>
 #include <QSignalSpy>
 #include <QSvgRenderer>
+#include <QTextLayout>
 
 #include <gmock/gmock.h>
 
@@ -129,6 +133,24 @@ TEST_F(ThemeTest, TypeStepsFromTheDesktopsFontAndNeverFallsBelowEightPoints)
     QApplication::setFont(large);
     EXPECT_GT(Theme::font(TextRole::title).pointSizeF(), Theme::font(TextRole::body).pointSizeF());
     EXPECT_GT(Theme::font(TextRole::body).pointSizeF(), 8);
+}
+
+TEST_F(ThemeTest, NamesTypefacesForLettersThatTheDesktopsLacks)
+{
+    Theme::searchTypefaces();
+    Theme::loadFonts();
+    const QFont found = Theme::font(TextRole::body);
+    EXPECT_EQ(found.families().first(), QFontInfo(QApplication::font()).family());
+    for (const QString& text : {u"🙂"_s, u"電"_s, u"한"_s}) {
+        QTextLayout layout(text, found);
+        layout.beginLayout();
+        layout.createLine();
+        layout.endLayout();
+        const QList<QGlyphRun> glyphs = layout.glyphRuns();
+        ASSERT_FALSE(glyphs.isEmpty());
+        EXPECT_NE(glyphs.first().glyphIndexes().first(), 0U) << text.toStdString();
+        EXPECT_TRUE(found.families().contains(glyphs.first().rawFont().familyName()));
+    }
 }
 
 TEST_F(ThemeTest, TintsIconsSharplyAtEveryRatio)

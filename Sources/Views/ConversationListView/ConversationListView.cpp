@@ -2,7 +2,6 @@
 
 #include "Session/Session.h"
 #include "Theme/Theme.h"
-#include "Theme/TypefaceSearch.h"
 #include "Views/ConversationListView/ConversationListModel.h"
 #include "Views/ConversationListView/ConversationRowDelegate.h"
 #include "Views/ConversationListView/ListRules.h"
@@ -59,8 +58,6 @@ ConversationListView::ConversationListView(Session& session, QWidget* parent)
     connectSearch();
     connect(&Theme::shared(), &Theme::changed, this, &ConversationListView::followTheme);
     followTheme();
-    // The service takes a while to answer; what previews will be painted with can be found meanwhile.
-    new TypefaceSearch(Theme::font(TextRole::callout), this);
     updateTitle();
     updateSearchField();
     updatePage();
