@@ -3,7 +3,9 @@
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace orvia::bench {
@@ -30,14 +32,9 @@ qint64 field(const QByteArray& text, const QByteArray& name)
     std::abort();
 }
 
-template <class Figure>
-qint64 sumOverThreads(qint64 processId, Figure figure)
+QFileInfoList threadsOf(qint64 processId)
 {
-    const QDir threads(u"/proc/%1/task"_s.arg(processId));
-    qint64 sum = 0;
-    for (const QString& thread : threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-        sum += figure(threads.filePath(thread));
-    return sum;
+    return QDir(u"/proc/%1/task"_s.arg(processId)).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot);
 }
 
 } // namespace
@@ -47,18 +44,33 @@ qint64 proportionalMemory(qint64 processId)
     return field(contents(u"/proc/%1/smaps_rollup"_s.arg(processId)), "Pss") * 1024;
 }
 
-qint64 wakeUps(qint64 processId)
+std::map<QString, qint64> wakeUps(qint64 processId)
 {
-    return sumOverThreads(processId, [](const QString& thread) {
-        return field(contents(thread + "/status"_L1), "voluntary_ctxt_switches");
-    });
+    std::map<QString, qint64> counts;
+    for (const QFileInfo& thread : threadsOf(processId))
+        counts[thread.fileName()] =
+            field(contents(thread.filePath() + "/status"_L1), "voluntary_ctxt_switches");
+    return counts;
+}
+
+qint64 wakeUpsBetween(const std::map<QString, qint64>& before, const std::map<QString, qint64>& after)
+{
+    qint64 sum = 0;
+    for (const auto& [thread, count] : after) {
+        const auto known = before.find(thread);
+        sum += known == before.end() ? count : count - known->second;
+    }
+    return sum + std::count_if(before.begin(), before.end(), [&after](const auto& thread) {
+               return !after.contains(thread.first);
+           });
 }
 
 qint64 processorTime(qint64 processId)
 {
-    return sumOverThreads(processId, [](const QString& thread) {
-        return contents(thread + "/schedstat"_L1).split(' ').front().toLongLong();
-    });
+    qint64 sum = 0;
+    for (const QFileInfo& thread : threadsOf(processId))
+        sum += contents(thread.filePath() + "/schedstat"_L1).split(' ').front().toLongLong();
+    return sum;
 }
 
 } // namespace orvia::bench

@@ -99,9 +99,9 @@ double idleWakeUpsPerSecond(const Scene& scene)
     const WindowProcess window(scene.display(), console, scene.stage.signedIn(scene.service, scene.token));
     scene.display().millisecondsUntil(isInboxPainted);
     QThread::sleep(3);
-    const qint64 before = wakeUps(window.processId());
+    const auto before = wakeUps(window.processId());
     QThread::sleep(seconds);
-    return static_cast<double>(wakeUps(window.processId()) - before) / seconds;
+    return static_cast<double>(wakeUpsBetween(before, wakeUps(window.processId()))) / seconds;
 }
 
 /// What a second of so many events costs the console, and at the same time a client that drops them.
