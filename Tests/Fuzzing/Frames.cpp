@@ -134,10 +134,12 @@ private:
     void checkList() const
     {
         const auto listed = m_session.filteredConversations();
-        const auto isBefore = [](const Conversation* left, const Conversation* right) {
+        const ConversationStore& inbox = m_session.conversations();
+        const auto isBefore = [&inbox](const Conversation* left, const Conversation* right) {
             const Instant leftAt = left->lastMessageAt.value_or(Instant::min());
             const Instant rightAt = right->lastMessageAt.value_or(Instant::min());
-            return leftAt > rightAt || (leftAt == rightAt && left < right);
+            return leftAt > rightAt
+                   || (leftAt == rightAt && inbox.indexOf(left->id) < inbox.indexOf(right->id));
         };
         require(std::adjacent_find(listed.begin(), listed.end(),
                                    [&](auto* left, auto* right) { return !isBefore(left, right); })
