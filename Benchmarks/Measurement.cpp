@@ -89,16 +89,20 @@ Result measure(const Measurement& measurement, int rounds)
 {
     std::vector<double> figures;
     std::vector<double> floors;
+    std::vector<double> ratios;
     for (int round = 0; round < std::min(rounds, measurement.mostRounds); ++round) {
         figures.push_back(measurement.figure());
-        if (measurement.floor)
+        if (measurement.floor) {
             floors.push_back(measurement.floor());
+            ratios.push_back(figures.back() / floors.back());
+        }
     }
     Result result{measurement.name, measurement.unit, median(std::move(figures)), measurement.floorName,
                   std::nullopt,     std::nullopt,     measurement.budget};
     if (!floors.empty()) {
         result.floor = median(std::move(floors));
-        result.ratio = result.figure / *result.floor;
+        // Of neighbours, which shared what the machine was like at that moment.
+        result.ratio = median(std::move(ratios));
     }
     return result;
 }

@@ -52,8 +52,8 @@ struct Result {
     std::optional<bool> isKept() const;
 };
 
-/// Takes figure and floor alternately, @p rounds times each at most, and answers the medians, so that a
-/// machine that slows down meanwhile slows down both.
+/// Takes figure and floor alternately, @p rounds times each at most, and answers the medians: of the
+/// values, and of the ratios of neighbours, so that a machine that slows down meanwhile slows down both.
 Result measure(const Measurement& measurement, int rounds);
 
 void printTable(const std::vector<Result>& results, QIODevice& output);

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QTcpSocket>
+#include <QThread>
 
 #include <cstdlib>
 
@@ -20,6 +21,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int longestWait = 60'000; // milliseconds
+constexpr int settlingTime = 200;   // milliseconds
 const QString tokenAccount = u"agentToken"_s;
 
 /// Asks for @p path and reads the answer to its end; answers whether it was a success.
@@ -100,6 +102,8 @@ WindowProcess::WindowProcess(const VirtualDisplay& display, const QString& progr
     environment.remove(u"WAYLAND_DISPLAY"_s);
     process.setProcessEnvironment(environment);
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    // What ran before is still being taken down, by the display and the bus among others.
+    QThread::msleep(settlingTime);
     process.start(programPath(program), arguments);
 }
 
