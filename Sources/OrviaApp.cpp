@@ -25,6 +25,7 @@ namespace orvia {
 namespace {
 
 constexpr QSize defaultWindowSize(1080, 700);
+constexpr std::chrono::milliseconds iconDelay(250);
 
 /// Whether the program runs for the bus alone: to take a message, until somebody asks for the window. A
 /// terminal that the bus started passes its environment on, but then a person typed the command.
@@ -76,8 +77,6 @@ bool OrviaApp::start(const QList<QUrl>& links)
 /// The session comes after the place on the desktop, so that a second start does not ask the keyring.
 void OrviaApp::open()
 {
-    // While the keyring is asked.
-    Theme::searchTypefaces();
     m_urlSession = std::make_unique<NetworkSession>();
     m_defaults = std::make_unique<DefaultsStore>();
     m_keychain = std::make_unique<Keychain>(AppIdentity::identifier);
@@ -85,15 +84,22 @@ void OrviaApp::open()
                                                                  .tokenStore = *m_keychain,
                                                                  .urlSession = *m_urlSession,
                                                                  .baseURL = AppConfig::apiBaseURL()});
-    // The service's first answer comes while the fonts are loaded and is taken before the window is built,
-    // because it leads to the requests that take longest.
     m_session->bootstrap();
-    Theme::loadFonts();
-    QTimer::singleShot(0, this, &OrviaApp::buildWindow);
+    QTimer::singleShot(0, this, &OrviaApp::prepareWindow);
     connect(m_session.get(), &Session::tokenChanged, this, &OrviaApp::followSignIn);
     connect(m_session.get(), &Session::agentChanged, this, &OrviaApp::followSignIn);
     connect(m_session.get(), &Session::isLoadingListChanged, this, &OrviaApp::followInbox);
     followSignIn();
+}
+
+/// The service's first answer comes between two fonts and is taken before the window is built, because it
+/// leads to the requests that take longest.
+void OrviaApp::prepareWindow()
+{
+    if (m_session->token() && Theme::loadNextFont())
+        QTimer::singleShot(0, this, &OrviaApp::prepareWindow);
+    else
+        buildWindow();
 }
 
 void OrviaApp::buildWindow()
@@ -106,6 +112,8 @@ void OrviaApp::buildWindow()
     // for.
     const Instant now = currentInstant();
     QThreadPool::globalInstance()->start([now] { relativeTime(now - std::chrono::days(1), now); });
+    // Nor for what the desktop's lists of windows show.
+    QTimer::singleShot(iconDelay, this, [] { QApplication::setWindowIcon(Theme::applicationIcon()); });
 }
 
 void OrviaApp::activate(const QString& activationToken)

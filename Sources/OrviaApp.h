@@ -37,6 +37,7 @@ public:
 
 private:
     void open();
+    void prepareWindow();
     void buildWindow();
     void activate(const QString& activationToken);
     void openLink(const QUrl& link);

@@ -4,6 +4,7 @@
 #include "OrviaApp.h"
 #include "Platform/TerminationSignals.h"
 #include "Theme/Theme.h"
+#include "Theme/Typefaces.h"
 
 #include <QApplication>
 #include <QNetworkProxyFactory>
@@ -57,6 +58,8 @@ int main(int argc, char** argv)
     }
 
     orvia::TerminationSignals::watch();
+    // Beside the toolkit's start, which waits for the display most of the time.
+    const orvia::TypefaceSearch typefaces;
     QApplication application(argc, argv);
     orvia::TerminationSignals::quitOnArrival(application);
     const LaunchOptions options = LaunchOptions::parse(QCoreApplication::arguments());
@@ -65,6 +68,7 @@ int main(int argc, char** argv)
     if (!options.configurationFile.isEmpty())
         orvia::AppConfig::setConfigurationFile(options.configurationFile);
     QNetworkProxyFactory::setUseSystemConfiguration(true);
+    orvia::Theme::setFallbackFamilies(typefaces.families());
     orvia::Theme::shared().apply(application);
     orvia::OrviaApp console;
     return console.start(options.links) ? QApplication::exec() : 0;

@@ -5,6 +5,7 @@
 #include "Session/DefaultsStore.h"
 #include "Session/Session.h"
 #include "Theme/Theme.h"
+#include "Theme/Typefaces.h"
 #include "Views/RootView.h"
 
 #include <QAbstractButton>
@@ -215,8 +216,8 @@ int takeScreenshot(QApplication& application, Request request)
     QApplication::setCursorFlashTime(0);
     Theme::shared().apply(application);
     Theme::shared().setDesktopAppearance(request.dark);
-    Theme::searchTypefaces();
-    Theme::loadFonts();
+    const TypefaceSearch typefaces;
+    Theme::setFallbackFamilies(typefaces.families());
     RootView window(session);
     window.resize(request.size);
     window.show();

@@ -156,6 +156,23 @@ TypeStep typeStep(TextRole role)
     Q_UNREACHABLE();
 }
 
+/// The drawing `:/icons/NAME.svg` in its own colours; null when there is none.
+QPixmap drawing(const QString& name, int size, qreal devicePixelRatio)
+{
+    Theme::shared();
+    QSvgRenderer renderer(":/icons/%1.svg"_L1.arg(name));
+    if (!renderer.isValid())
+        return {};
+    const int pixels = static_cast<int>(std::ceil(size * devicePixelRatio));
+    QPixmap pixmap(pixels, pixels);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    renderer.render(&painter, QRectF(0, 0, pixels, pixels));
+    painter.end();
+    pixmap.setDevicePixelRatio(devicePixelRatio);
+    return pixmap;
+}
+
 constexpr qreal smallestPointSize = 8;
 
 bool isDarkPalette(const QPalette& palette)
@@ -180,7 +197,6 @@ void Theme::apply(QApplication& application)
     m_application = &application;
     m_paletteDark = isDarkPalette(QApplication::palette());
     QApplication::setStyle(new ConsoleStyle);
-    QApplication::setWindowIcon(applicationIcon());
     m_dark = m_desktopDark.value_or(m_paletteDark);
     installPalette();
     application.installEventFilter(this);
@@ -223,6 +239,10 @@ QFont Theme::font(TextRole role)
 /// another one's second name, would let the next take its place: the list begins with the one in use.
 const QFont& Theme::baseFont()
 {
+    if (m_search.valid()) {
+        m_fallbackFamilies = std::exchange(m_search, {}).get();
+        m_desktopFont.reset();
+    }
     const QFont desktopFont = QApplication::font();
     if (m_desktopFont != desktopFont) {
         m_desktopFont = desktopFont;
@@ -233,21 +253,21 @@ const QFont& Theme::baseFont()
     return m_baseFont;
 }
 
-void Theme::searchTypefaces()
+void Theme::setFallbackFamilies(std::shared_future<QStringList> families)
 {
-    shared().m_search = std::async(std::launch::async, Typefaces::fallbacks);
+    shared().m_search = std::move(families);
 }
 
-void Theme::loadFonts()
+bool Theme::loadNextFont()
 {
-    Theme& theme = shared();
-    if (theme.m_search.valid()) {
-        theme.m_fallbackFamilies = theme.m_search.get();
-        theme.m_desktopFont.reset();
-    }
-    for (const TextRole role : {TextRole::body, TextRole::bodyStrong, TextRole::bodyMedium, TextRole::callout,
-                                TextRole::heading, TextRole::caption, TextRole::micro})
-        QFontMetrics(font(role)).horizontalAdvance(u"Orvia"_s);
+    constexpr std::array roles{TextRole::body,    TextRole::bodyStrong, TextRole::bodyMedium,
+                               TextRole::callout, TextRole::heading,    TextRole::caption,
+                               TextRole::micro};
+    std::size_t& loaded = shared().m_loadedFonts;
+    if (loaded == roles.size())
+        return false;
+    QFontMetrics(font(roles[loaded++])).horizontalAdvance(u"Orvia"_s);
+    return true;
 }
 
 int Theme::lineHeight(TextRole role)
@@ -268,19 +288,13 @@ QPixmap Theme::icon(const QString& name, int size, const QColor& color, qreal de
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap))
         return pixmap;
-    shared();
-    QSvgRenderer renderer(":/icons/%1.svg"_L1.arg(name));
-    if (!renderer.isValid())
+    pixmap = drawing(name, size, devicePixelRatio);
+    if (pixmap.isNull())
         return {};
-    const int pixels = static_cast<int>(std::ceil(size * devicePixelRatio));
-    pixmap = QPixmap(pixels, pixels);
-    pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
-    renderer.render(&painter, QRectF(0, 0, pixels, pixels));
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    painter.fillRect(pixmap.rect(), color);
+    painter.fillRect(QRectF(QPointF(), pixmap.deviceIndependentSize()), color);
     painter.end();
-    pixmap.setDevicePixelRatio(devicePixelRatio);
     QPixmapCache::insert(key, pixmap);
     return pixmap;
 }
@@ -307,7 +321,15 @@ void Theme::drawIcon(QPainter& painter, const QRectF& area, const QString& name,
 
 QIcon Theme::applicationIcon()
 {
-    return QIcon(u":/icons/orvia.svg"_s);
+    QIcon icon;
+    for (const int size : {16, 24, 32, 48, 64, 128})
+        icon.addPixmap(applicationPicture(size, 1));
+    return icon;
+}
+
+QPixmap Theme::applicationPicture(int size, qreal devicePixelRatio)
+{
+    return drawing(u"orvia"_s, size, devicePixelRatio);
 }
 
 bool Theme::eventFilter(QObject* watched, QEvent* event)

@@ -183,10 +183,12 @@ public:
     /// The value in one of the two appearances, whatever the current one is.
     static QColor color(ColorRole role, bool dark);
     static QFont font(TextRole role);
-    /// Begins, in a thread of its own, to look for typefaces of letters that the desktop's lacks.
-    static void searchTypefaces();
-    /// Waits for the search and loads the fonts that every screen has, with the typefaces that were found.
-    static void loadFonts();
+    /// Every font from now on names these typefaces for letters that the desktop's lacks; the next that is
+    /// asked for waits for them.
+    static void setFallbackFamilies(std::shared_future<QStringList> families);
+    /// Loads one more of the fonts that every screen has, which takes the toolkit a moment for each; false
+    /// when they are all there.
+    static bool loadNextFont();
     /// Line height of wrapped text in a role, in whole pixels: 1.35 times the size.
     static int lineHeight(TextRole role);
     /// @p milliseconds, or 0 when the desktop has animations switched off.
@@ -200,7 +202,9 @@ public:
                          ColorRole role);
     static void drawIcon(QPainter& painter, const QRectF& area, const QString& name, int size,
                          const QColor& color);
-    /// The application's own icon.
+    /// The application's own picture, @p size pixels wide.
+    static QPixmap applicationPicture(int size, qreal devicePixelRatio);
+    /// The same in the sizes that desktops show.
     static QIcon applicationIcon();
 
 Q_SIGNALS:
@@ -220,8 +224,9 @@ private:
     QApplication* m_application = nullptr;
     std::optional<QFont> m_desktopFont; ///< what m_baseFont was made of
     QFont m_baseFont;
-    std::future<QStringList> m_search;
+    std::shared_future<QStringList> m_search; ///< valid until its result is in use
     QStringList m_fallbackFamilies;
+    std::size_t m_loadedFonts = 0;
     std::optional<bool> m_desktopDark;
     bool m_paletteDark = false;
     bool m_dark = false;

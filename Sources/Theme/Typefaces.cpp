@@ -70,4 +70,9 @@ QStringList Typefaces::fallbacks()
     return families;
 }
 
+TypefaceSearch::TypefaceSearch()
+    : m_families(std::async(std::launch::async, Typefaces::fallbacks))
+{
+}
+
 } // namespace orvia

@@ -63,7 +63,7 @@ LoginView::LoginView(Session& session, QWidget* parent)
 void LoginView::buildColumn()
 {
     auto* symbol = new QLabel(this);
-    symbol->setPixmap(Theme::applicationIcon().pixmap(QSize(iconCanvas, iconCanvas), devicePixelRatioF()));
+    symbol->setPixmap(Theme::applicationPicture(iconCanvas, devicePixelRatioF()));
     symbol->setAlignment(Qt::AlignCenter);
     symbol->setFixedHeight(symbolSize);
     auto* title = new Label(tr("Orvia"), TextRole::title);

@@ -1,4 +1,5 @@
 #include "Theme/Theme.h"
+#include "Theme/Typefaces.h"
 
 #include "Support/Waiting.h"
 #include "Views/Widgets/Label.h"
@@ -137,8 +138,8 @@ TEST_F(ThemeTest, TypeStepsFromTheDesktopsFontAndNeverFallsBelowEightPoints)
 
 TEST_F(ThemeTest, NamesTypefacesForLettersThatTheDesktopsLacks)
 {
-    Theme::searchTypefaces();
-    Theme::loadFonts();
+    const TypefaceSearch search;
+    Theme::setFallbackFamilies(search.families());
     const QFont found = Theme::font(TextRole::body);
     EXPECT_EQ(found.families().first(), QFontInfo(QApplication::font()).family());
     for (const QString& text : {u"🙂"_s, u"電"_s, u"한"_s}) {
