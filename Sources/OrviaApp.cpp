@@ -106,14 +106,20 @@ void OrviaApp::buildWindow()
 {
     m_window = std::make_unique<RootView>(*m_session);
     m_window->resize(defaultWindowSize);
-    if (m_isWanted)
-        activate({});
+    // In a turn of its own, after answers that have arrived.
+    QTimer::singleShot(0, this, &OrviaApp::showWindow);
     // The first words about a time take milliseconds, which the first painting of the inbox need not wait
     // for.
     const Instant now = currentInstant();
     QThreadPool::globalInstance()->start([now] { relativeTime(now - std::chrono::days(1), now); });
     // Nor for what the desktop's lists of windows show.
     QTimer::singleShot(iconDelay, this, [] { QApplication::setWindowIcon(Theme::applicationIcon()); });
+}
+
+void OrviaApp::showWindow()
+{
+    if (m_isWanted)
+        activate({});
 }
 
 void OrviaApp::activate(const QString& activationToken)

@@ -39,6 +39,7 @@ private:
     void open();
     void prepareWindow();
     void buildWindow();
+    void showWindow();
     void activate(const QString& activationToken);
     void openLink(const QUrl& link);
     void followSignIn();

@@ -3,6 +3,7 @@
 #include "Session/Fields.h"
 
 #include <QThreadPool>
+#include <QTimer>
 
 #include <malloc.h>
 
@@ -39,15 +40,14 @@ QCoro::Task<ConversationStore> joined(QCoro::Task<std::vector<Conversation>> ope
     co_return co_await onWorker(std::move(join));
 }
 
-/// Lets a worker free what may be ten thousand records, and give back to the system what they and the
-/// documents of a load left in the allocator.
+/// Lets a worker free what may be ten thousand records, and later give back to the system what they and the
+/// documents of a load left in the allocator: at once would be while the new inbox is painted.
 void dispose(ConversationStore store)
 {
+    constexpr std::chrono::seconds trimDelay(1);
     const auto old = std::make_shared<std::optional<ConversationStore>>(std::move(store));
-    QThreadPool::globalInstance()->start([old] {
-        old->reset();
-        ::malloc_trim(0);
-    });
+    QThreadPool::globalInstance()->start([old] { old->reset(); });
+    QTimer::singleShot(trimDelay, [] { QThreadPool::globalInstance()->start([] { ::malloc_trim(0); }); });
 }
 
 } // namespace

@@ -13,6 +13,7 @@
 #include <QStyle>
 #include <QStyleHints>
 #include <QSvgRenderer>
+#include <QThreadPool>
 #include <QToolTip>
 #include <QWidget>
 
@@ -195,6 +196,8 @@ Theme& Theme::shared()
 void Theme::apply(QApplication& application)
 {
     m_application = &application;
+    // What fonts there are, which the first text would have to wait for.
+    QThreadPool::globalInstance()->start([] { QFontDatabase::families(); });
     m_paletteDark = isDarkPalette(QApplication::palette());
     QApplication::setStyle(new ConsoleStyle);
     m_dark = m_desktopDark.value_or(m_paletteDark);
@@ -260,9 +263,9 @@ void Theme::setFallbackFamilies(std::shared_future<QStringList> families)
 
 bool Theme::loadNextFont()
 {
-    constexpr std::array roles{TextRole::body,    TextRole::bodyStrong, TextRole::bodyMedium,
-                               TextRole::callout, TextRole::heading,    TextRole::caption,
-                               TextRole::micro};
+    constexpr std::array roles{TextRole::body,          TextRole::bodyStrong, TextRole::bodyMedium,
+                               TextRole::callout,       TextRole::heading,    TextRole::caption,
+                               TextRole::captionStrong, TextRole::micro};
     std::size_t& loaded = shared().m_loadedFonts;
     if (loaded == roles.size())
         return false;

@@ -2,8 +2,10 @@
 
 #include <fontconfig/fontconfig.h>
 
-#include <array>
+#include <algorithm>
 #include <memory>
+#include <string_view>
+#include <utility>
 
 namespace orvia {
 
@@ -12,47 +14,47 @@ namespace {
 struct PatternRelease {
     void operator()(FcPattern* pattern) const { FcPatternDestroy(pattern); }
 };
-struct CharacterSetRelease {
-    void operator()(FcCharSet* characters) const { FcCharSetDestroy(characters); }
+struct FontSetRelease {
+    void operator()(FcFontSet* fonts) const { FcFontSetDestroy(fonts); }
 };
 using Pattern = std::unique_ptr<FcPattern, PatternRelease>;
-using CharacterSet = std::unique_ptr<FcCharSet, CharacterSetRelease>;
+using FontSet = std::unique_ptr<FcFontSet, FontSetRelease>;
 
-/// A letter that stands for its script, and the kind of typeface to look among.
-struct Sample {
-    char32_t letter;
-    const char* family;
-};
-
-constexpr std::array samples{
-    Sample{U'🙂', "emoji"},    Sample{U'ع', "sans-serif"},  Sample{U'電', "sans-serif"},
-    Sample{U'で', "sans-serif"}, Sample{U'한', "sans-serif"}, Sample{U'ש', "sans-serif"},
-    Sample{U'ह', "sans-serif"},  Sample{U'ท', "sans-serif"},  Sample{U'ა', "sans-serif"},
-};
+/// Letters that stand for their scripts, in the order in which the typefaces are named.
+constexpr std::u32string_view emoji = U"🙂";
+constexpr std::u32string_view scripts = U"ع電で한שहทა";
 
 FcChar8* asText(const char* text)
 {
     return reinterpret_cast<FcChar8*>(const_cast<char*>(text));
 }
 
-/// The system's choice for the sample; empty when no typeface has the letter.
-QString familyFor(const Sample& sample)
+/// All fonts, in the order in which the system would take them in place of @p family.
+FontSet fontsLike(const char* family)
 {
     const Pattern wanted(FcPatternCreate());
-    const CharacterSet letters(FcCharSetCreate());
-    FcCharSetAddChar(letters.get(), sample.letter);
-    FcPatternAddString(wanted.get(), FC_FAMILY, asText(sample.family));
-    FcPatternAddCharSet(wanted.get(), FC_CHARSET, letters.get());
+    FcPatternAddString(wanted.get(), FC_FAMILY, asText(family));
     FcConfigSubstitute(nullptr, wanted.get(), FcMatchPattern);
     FcDefaultSubstitute(wanted.get());
-
     FcResult result = FcResultNoMatch;
-    const Pattern found(FcFontMatch(nullptr, wanted.get(), &result));
-    FcCharSet* covered = nullptr;
+    return FontSet(FcFontSort(nullptr, wanted.get(), FcFalse, nullptr, &result));
+}
+
+bool has(FcPattern* font, char32_t letter)
+{
+    FcCharSet* letters = nullptr;
+    return FcPatternGetCharSet(font, FC_CHARSET, 0, &letters) == FcResultMatch
+           && FcCharSetHasChar(letters, letter) != FcFalse;
+}
+
+/// The family of the first font with the letter; empty when none has it.
+QString familyWith(char32_t letter, const FcFontSet& fonts)
+{
+    FcPattern** const end = fonts.fonts + fonts.nfont;
+    FcPattern** const found =
+        std::find_if(fonts.fonts, end, [letter](FcPattern* font) { return has(font, letter); });
     FcChar8* family = nullptr;
-    if (!found || FcPatternGetCharSet(found.get(), FC_CHARSET, 0, &covered) != FcResultMatch
-        || FcCharSetHasChar(covered, sample.letter) == FcFalse
-        || FcPatternGetString(found.get(), FC_FAMILY, 0, &family) != FcResultMatch)
+    if (found == end || FcPatternGetString(*found, FC_FAMILY, 0, &family) != FcResultMatch)
         return {};
     return QString::fromUtf8(reinterpret_cast<const char*>(family));
 }
@@ -62,10 +64,15 @@ QString familyFor(const Sample& sample)
 QStringList Typefaces::fallbacks()
 {
     QStringList families;
-    for (const Sample& sample : samples) {
-        const QString family = familyFor(sample);
-        if (!family.isEmpty() && !families.contains(family))
-            families.append(family);
+    for (const auto& [kind, letters] : {std::pair("emoji", emoji), std::pair("sans-serif", scripts)}) {
+        const FontSet fonts = fontsLike(kind);
+        if (!fonts)
+            continue;
+        for (const char32_t letter : letters) {
+            const QString family = familyWith(letter, *fonts);
+            if (!family.isEmpty() && !families.contains(family))
+                families.append(family);
+        }
     }
     return families;
 }

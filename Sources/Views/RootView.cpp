@@ -77,6 +77,7 @@ RootView::RootView(Session& session, QWidget* parent)
 {
     static const bool installed = (QAccessible::installFactory(makeAccessible), true);
     Q_UNUSED(installed)
+    setAttribute(Qt::WA_OpaquePaintEvent);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
     setWindowTitle(tr("Orvia"));
