@@ -1,282 +1,222 @@
+#include <libsecret/secret.h>
+
 #include "Platform/SecretService.h"
 
-#include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusMetaType>
-#include <QDBusObjectPath>
-#include <QDBusVariant>
-#include <QDeadlineTimer>
-#include <QMap>
-#include <QSemaphore>
-#include <QThread>
-#include <QUuid>
-
-#include <algorithm>
-#include <limits>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <system_error>
+#include <thread>
 
 namespace orvia {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-const QString busName = u"org.freedesktop.secrets"_s;
-const QString servicePath = u"/org/freedesktop/secrets"_s;
-const QString defaultCollectionPath = u"/org/freedesktop/secrets/aliases/default"_s;
-const QString serviceInterface = u"org.freedesktop.Secret.Service"_s;
-const QString collectionInterface = u"org.freedesktop.Secret.Collection"_s;
-const QString itemInterface = u"org.freedesktop.Secret.Item"_s;
-const QString promptInterface = u"org.freedesktop.Secret.Prompt"_s;
+using Clock = std::chrono::steady_clock;
 
-using Attributes = QMap<QString, QString>;
-using Paths = QList<QDBusObjectPath>;
-
-/// A secret as it is on the bus, in the session's encoding.
-struct Secret {
-    QDBusObjectPath session;
-    QByteArray parameters;
-    QByteArray value;
-    QString contentType;
+struct ObjectRelease {
+    void operator()(gpointer object) const { g_object_unref(object); }
 };
-
-QDBusArgument& operator<<(QDBusArgument& argument, const Secret& secret)
-{
-    argument.beginStructure();
-    argument << secret.session << secret.parameters << secret.value << secret.contentType;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, Secret& secret)
-{
-    argument.beginStructure();
-    argument >> secret.session >> secret.parameters >> secret.value >> secret.contentType;
-    argument.endStructure();
-    return argument;
-}
-
-/// What the user, or the program that asked them, says to a question; it comes while the caller waits.
-class PromptAnswer : public QObject {
-    Q_OBJECT
-
-public:
-    /// Answers whether the question was answered, and not with a refusal.
-    bool isGranted(QDeadlineTimer deadline)
-    {
-        return m_ended.tryAcquire(1, static_cast<int>(deadline.remainingTime())) && m_isGranted;
-    }
-
-public Q_SLOTS:
-    void complete(bool isDismissed, const QDBusVariant&)
-    {
-        m_isGranted = !isDismissed;
-        m_ended.release();
-    }
-    void ownerChanged(const QString&, const QString&, const QString&) { m_ended.release(); }
-
-private:
-    QSemaphore m_ended;
-    bool m_isGranted = false;
+struct ObjectListRelease {
+    void operator()(GList* list) const { g_list_free_full(list, g_object_unref); }
 };
-
-/// A connection of its own to the session bus that is there by now. Over the one that the program shares,
-/// Qt delivers no signal before the main event loop runs, which a question at the start would wait for.
-class BusConnection {
-public:
-    BusConnection()
-        : m_name(QUuid::createUuid().toString())
-        , m_connection(connected(m_name))
-    {
-    }
-    BusConnection(const BusConnection&) = delete;
-    BusConnection& operator=(const BusConnection&) = delete;
-    ~BusConnection() { QDBusConnection::disconnectFromBus(m_name); }
-
-    const QDBusConnection* operator->() const { return &m_connection; }
-    QDBusConnection* operator->() { return &m_connection; }
-
-private:
-    static QDBusConnection connected(const QString& name)
-    {
-        const QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
-        return address.isEmpty() ? QDBusConnection::connectToBus(QDBusConnection::SessionBus, name)
-                                 : QDBusConnection::connectToBus(address, name);
-    }
-
-    const QString m_name;
-    QDBusConnection m_connection;
+struct AttributesRelease {
+    void operator()(GHashTable* table) const { g_hash_table_unref(table); }
 };
+template <typename Object>
+using ObjectPointer = std::unique_ptr<Object, ObjectRelease>;
+using ObjectList = std::unique_ptr<GList, ObjectListRelease>;
+using Attributes = std::unique_ptr<GHashTable, AttributesRelease>;
 
-bool isReply(const QDBusMessage& message, QLatin1StringView signature)
-{
-    return message.type() == QDBusMessage::ReplyMessage && message.signature() == signature;
-}
-
-Paths paths(const QDBusMessage& reply, qsizetype argument)
-{
-    return qdbus_cast<Paths>(reply.arguments().at(argument));
-}
-
-QDBusObjectPath path(const QDBusMessage& reply, qsizetype argument)
-{
-    return qdbus_cast<QDBusObjectPath>(reply.arguments().at(argument));
-}
-
-/// A conversation with the service, in which each call has until a common deadline. It ends with the
-/// connection.
-///
-/// Secrets go over the bus as they are ("plain"): whoever can listen to this user's bus can also ask for the
-/// secret.
-class KeyringSession {
+/// One call on its way: what the waiting caller and the working thread share.
+class Operation {
 public:
-    explicit KeyringSession(SecretServiceLimits limits)
+    explicit Operation(SecretServiceLimits limits)
         : m_limits(limits)
-        , m_deadline(limits.answer)
+        , m_cancellable(g_cancellable_new())
+        , m_deadline(Clock::now() + limits.answer)
     {
-        static const bool registered =
-            (qDBusRegisterMetaType<Attributes>(), qDBusRegisterMetaType<Secret>(), true);
-        Q_UNUSED(registered)
-        const QDBusMessage opened = call(servicePath, serviceInterface, u"OpenSession"_s,
-                                         {u"plain"_s, QVariant::fromValue(QDBusVariant(QString()))});
-        if (isReply(opened, "vo"_L1))
-            m_path = path(opened, 1);
-        expectAnswer();
-    }
-    bool isOpen() const { return !m_path.path().isEmpty(); }
-
-    struct Found {
-        Paths unlocked;
-        Paths locked;
-
-        Paths all() const { return unlocked + locked; }
-    };
-    std::optional<Found> search(const Attributes& attributes)
-    {
-        const QDBusMessage reply =
-            call(servicePath, serviceInterface, u"SearchItems"_s, {QVariant::fromValue(attributes)});
-        if (!isReply(reply, "aoao"_L1))
-            return std::nullopt;
-        return Found{paths(reply, 0), paths(reply, 1)};
     }
 
-    /// Unlocks an item or a collection, which may mean that the desktop asks the user.
-    bool unlock(const QDBusObjectPath& object)
+    GCancellable* cancellable() const { return m_cancellable.get(); }
+
+    /// From here on, with a session open, programs answer to programs.
+    void expectAnswer() { extend(m_limits.answer); }
+    /// From here on the user may be asked something.
+    void expectQuestion() { extend(m_limits.question); }
+
+    void finish(SecretReading result)
     {
-        const QDBusMessage reply =
-            call(servicePath, serviceInterface, u"Unlock"_s, {QVariant::fromValue(Paths{object})});
-        return isReply(reply, "aoo"_L1)
-               && (paths(reply, 0).contains(object) || isAllowed(path(reply, 1), false));
+        const std::lock_guard lock(m_mutex);
+        m_result = std::move(result);
+        m_isFinished = true;
+        m_changed.notify_all();
     }
 
-    std::optional<QByteArray> secret(const QDBusObjectPath& item)
+    SecretReading wait()
     {
-        const QDBusMessage reply =
-            call(item.path(), itemInterface, u"GetSecret"_s, {QVariant::fromValue(m_path)});
-        if (!isReply(reply, "(oayays)"_L1))
-            return std::nullopt;
-        return qdbus_cast<Secret>(reply.arguments().constFirst()).value;
-    }
-
-    bool remove(const QDBusObjectPath& item)
-    {
-        const QDBusMessage reply = call(item.path(), itemInterface, u"Delete"_s);
-        return isReply(reply, "o"_L1) && isAllowed(path(reply, 0), true);
-    }
-
-    /// Creates an item in the default collection, which is unlocked, or created, on the way.
-    bool create(const QString& label, const Attributes& attributes, const QByteArray& secret)
-    {
-        QDBusMessage reply = createItem(label, attributes, secret);
-        if (isPrepared(reply.errorName()))
-            reply = createItem(label, attributes, secret);
-        return isReply(reply, "oo"_L1) && isAllowed(path(reply, 1), true);
+        std::unique_lock lock(m_mutex);
+        while (!m_isFinished) {
+            if (Clock::now() >= m_deadline) {
+                const bool hasAnswered = m_hasAnswered;
+                lock.unlock();
+                g_cancellable_cancel(m_cancellable.get());
+                return {hasAnswered ? SecretStatus::failed : SecretStatus::unavailable, {}};
+            }
+            m_changed.wait_until(lock, m_deadline);
+        }
+        return std::move(m_result);
     }
 
 private:
-    void expectAnswer() { m_deadline = QDeadlineTimer(m_limits.answer); }
-
-    static QDBusMessage message(const QString& object, const QString& interface, const QString& method)
+    void extend(std::chrono::milliseconds limit)
     {
-        return QDBusMessage::createMethodCall(busName, object, interface, method);
-    }
-
-    QDBusMessage call(const QString& object, const QString& interface, const QString& method,
-                      const QVariantList& arguments = {}) const
-    {
-        QDBusMessage call = message(object, interface, method);
-        call.setArguments(arguments);
-        const qint64 left =
-            std::clamp<qint64>(m_deadline.remainingTime(), 1, std::numeric_limits<int>::max());
-        return m_bus->call(call, QDBus::Block, static_cast<int>(left));
-    }
-
-    QDBusMessage createItem(const QString& label, const Attributes& attributes,
-                            const QByteArray& secret) const
-    {
-        const QVariantMap properties{{itemInterface + ".Label"_L1, label},
-                                     {itemInterface + ".Attributes"_L1, QVariant::fromValue(attributes)}};
-        const Secret sent{m_path, {}, secret, u"text/plain"_s};
-        return call(defaultCollectionPath, collectionInterface, u"CreateItem"_s,
-                    {properties, QVariant::fromValue(sent), false});
-    }
-
-    /// Removes the reason why no item could be created, where that can be done.
-    bool isPrepared(const QString& error)
-    {
-        static const QStringList missing{u"org.freedesktop.Secret.Error.NoSuchObject"_s,
-                                         u"org.freedesktop.DBus.Error.UnknownObject"_s,
-                                         u"org.freedesktop.DBus.Error.UnknownMethod"_s};
-        if (error == "org.freedesktop.Secret.Error.IsLocked"_L1)
-            return unlock(QDBusObjectPath(defaultCollectionPath));
-        return missing.contains(error) && createDefaultCollection();
-    }
-
-    bool createDefaultCollection()
-    {
-        const QVariantMap properties{{collectionInterface + ".Label"_L1, u"Default keyring"_s}};
-        const QDBusMessage reply =
-            call(servicePath, serviceInterface, u"CreateCollection"_s, {properties, u"default"_s});
-        return isReply(reply, "oo"_L1) && isAllowed(path(reply, 1), true);
-    }
-
-    /// Shows the question that the service has before it does what it was asked for. @p withoutQuestion is
-    /// the answer when it has none.
-    bool isAllowed(const QDBusObjectPath& prompt, bool withoutQuestion)
-    {
-        if (prompt.path() == "/"_L1)
-            return withoutQuestion;
-        // Signals are delivered by an event loop, and this thread's may be the one that waits here.
-        QThread thread;
-        PromptAnswer answer;
-        answer.moveToThread(&thread);
-        thread.start();
-        m_bus->connect(busName, prompt.path(), promptInterface, u"Completed"_s, &answer,
-                       SLOT(complete(bool, QDBusVariant)));
-        m_bus->connect(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,
-                       u"NameOwnerChanged"_s, {busName}, u"sss"_s, &answer,
-                       SLOT(ownerChanged(QString, QString, QString)));
-        m_deadline = QDeadlineTimer(m_limits.question);
-        const QDBusMessage shown = call(prompt.path(), promptInterface, u"Prompt"_s, {QString()});
-        const bool isGranted = shown.type() == QDBusMessage::ReplyMessage && answer.isGranted(m_deadline);
-        if (m_deadline.hasExpired())
-            m_bus->send(message(prompt.path(), promptInterface, u"Dismiss"_s));
-        thread.quit();
-        thread.wait();
-        expectAnswer();
-        return isGranted;
+        const std::lock_guard lock(m_mutex);
+        m_hasAnswered = true;
+        m_deadline = Clock::now() + limit;
+        m_changed.notify_all();
     }
 
     const SecretServiceLimits m_limits;
-    BusConnection m_bus;
-    QDeadlineTimer m_deadline;
-    QDBusObjectPath m_path;
+    const ObjectPointer<GCancellable> m_cancellable;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    Clock::time_point m_deadline;
+    bool m_hasAnswered = false;
+    bool m_isFinished = false;
+    SecretReading m_result;
 };
 
+using Work = std::function<SecretReading(Operation&, ::SecretService*)>;
+
+/// Opens a session with the service and does the work in it.
+SecretReading performed(Operation& operation, const Work& work)
+{
+    const ObjectPointer<GDBusConnection> bus(
+        g_bus_get_sync(G_BUS_TYPE_SESSION, operation.cancellable(), nullptr));
+    if (!bus || g_dbus_connection_is_closed(bus.get()) != FALSE)
+        return {SecretStatus::unavailable, {}};
+    // By default GLib ends the process when the session bus goes away.
+    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
+    const ObjectPointer<::SecretService> service(secret_service_open_sync(
+        SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, operation.cancellable(), nullptr));
+    if (!service)
+        return {SecretStatus::unavailable, {}};
+    operation.expectAnswer();
+    return work(operation, service.get());
+}
+
+SecretReading performedWithin(SecretServiceLimits limits, Work work)
+{
+    const auto operation = std::make_shared<Operation>(limits);
+    try {
+        std::thread([operation, work = std::move(work)] {
+            operation->finish(performed(*operation, work));
+        }).detach();
+    } catch (const std::system_error&) {
+        return {SecretStatus::failed, {}};
+    }
+    return operation->wait();
+}
+
 /// Items are found by their attributes alone, whichever program stored them.
+const SecretSchema* schema()
+{
+    static const SecretSchema* const schema =
+        secret_schema_new("org.freedesktop.Secret.Generic", SECRET_SCHEMA_DONT_MATCH_NAME, "service",
+                          SECRET_SCHEMA_ATTRIBUTE_STRING, "account", SECRET_SCHEMA_ATTRIBUTE_STRING, nullptr);
+    return schema;
+}
+
 Attributes attributes(const QString& service, const QString& account)
 {
-    return {{u"service"_s, service}, {u"account"_s, account}};
+    return Attributes(secret_attributes_build(schema(), "service", service.toUtf8().constData(), "account",
+                                              account.toUtf8().constData(), nullptr));
+}
+
+struct Search {
+    bool succeeded = false;
+    ObjectList items;
+};
+
+Search search(Operation& operation, ::SecretService* service, GHashTable* names, SecretSearchFlags flags)
+{
+    GError* error = nullptr;
+    GList* items =
+        secret_service_search_sync(service, schema(), names, flags, operation.cancellable(), &error);
+    const bool succeeded = error == nullptr;
+    g_clear_error(&error);
+    return {succeeded, ObjectList(items)};
+}
+
+SecretItem* itemOf(GList* element)
+{
+    return SECRET_ITEM(element->data);
+}
+
+/// Unlocks an item, which may mean that the desktop asks the user. Answers whether it is open now.
+bool unlocked(Operation& operation, ::SecretService* service, SecretItem* item)
+{
+    if (secret_item_get_locked(item) == FALSE)
+        return true;
+    operation.expectQuestion();
+    GList single{item, nullptr, nullptr};
+    const int count = secret_service_unlock_sync(service, &single, operation.cancellable(), nullptr, nullptr);
+    operation.expectAnswer();
+    return count == 1;
+}
+
+SecretReading readItem(Operation& operation, ::SecretService* service, GHashTable* names)
+{
+    const Search found = search(operation, service, names, SECRET_SEARCH_NONE);
+    if (!found.succeeded)
+        return {SecretStatus::failed, {}};
+    if (!found.items)
+        return {SecretStatus::notFound, {}};
+    SecretItem* item = itemOf(found.items.get());
+    if (!unlocked(operation, service, item)
+        || secret_item_load_secret_sync(item, operation.cancellable(), nullptr) == FALSE)
+        return {SecretStatus::failed, {}};
+    SecretValue* value = secret_item_get_secret(item);
+    if (value == nullptr)
+        return {SecretStatus::failed, {}};
+    gsize size = 0;
+    const gchar* data = secret_value_get(value, &size);
+    SecretReading reading{SecretStatus::success, QByteArray(data, static_cast<qsizetype>(size))};
+    secret_value_unref(value);
+    return reading;
+}
+
+SecretStatus removeItems(Operation& operation, ::SecretService* service, GHashTable* names)
+{
+    const Search found = search(operation, service, names, SECRET_SEARCH_ALL);
+    if (!found.succeeded)
+        return SecretStatus::failed;
+    if (!found.items)
+        return SecretStatus::notFound;
+    SecretStatus status = SecretStatus::success;
+    for (GList* element = found.items.get(); element != nullptr; element = element->next) {
+        SecretItem* item = itemOf(element);
+        if (!unlocked(operation, service, item)
+            || secret_item_delete_sync(item, operation.cancellable(), nullptr) == FALSE)
+            status = SecretStatus::failed;
+    }
+    return status;
+}
+
+SecretStatus addItem(Operation& operation, ::SecretService* service, GHashTable* names,
+                     const QByteArray& label, const QByteArray& secret)
+{
+    SecretValue* value =
+        secret_value_new(secret.constData(), static_cast<gssize>(secret.size()), "text/plain");
+    // A locked collection is unlocked, and a missing one created, on the way.
+    operation.expectQuestion();
+    const gboolean isStored =
+        secret_service_store_sync(service, schema(), names, SECRET_COLLECTION_DEFAULT, label.constData(),
+                                  value, operation.cancellable(), nullptr);
+    secret_value_unref(value);
+    return isStored == FALSE ? SecretStatus::failed : SecretStatus::success;
 }
 
 } // namespace
@@ -289,49 +229,26 @@ SecretService::SecretService(QString label, SecretServiceLimits limits)
 
 SecretReading SecretService::read(const QString& service, const QString& account)
 {
-    KeyringSession session(m_limits);
-    if (!session.isOpen())
-        return {SecretStatus::unavailable, {}};
-    const auto found = session.search(attributes(service, account));
-    if (!found)
-        return {SecretStatus::failed, {}};
-    if (found->all().isEmpty())
-        return {SecretStatus::notFound, {}};
-    const QDBusObjectPath item = found->all().constFirst();
-    if (found->unlocked.isEmpty() && !session.unlock(item))
-        return {SecretStatus::failed, {}};
-    const auto secret = session.secret(item);
-    if (!secret)
-        return {SecretStatus::failed, {}};
-    return {SecretStatus::success, *secret};
+    return performedWithin(m_limits, [service, account](Operation& operation, ::SecretService* secrets) {
+        return readItem(operation, secrets, attributes(service, account).get());
+    });
 }
 
 SecretStatus SecretService::add(const QByteArray& secret, const QString& service, const QString& account)
 {
-    KeyringSession session(m_limits);
-    if (!session.isOpen())
-        return SecretStatus::unavailable;
-    return session.create(m_label, attributes(service, account), secret) ? SecretStatus::success
-                                                                         : SecretStatus::failed;
+    const auto work = [secret, service, account, label = m_label.toUtf8()](
+                          Operation& operation, ::SecretService* secrets) -> SecretReading {
+        return {addItem(operation, secrets, attributes(service, account).get(), label, secret), {}};
+    };
+    return performedWithin(m_limits, work).status;
 }
 
 SecretStatus SecretService::remove(const QString& service, const QString& account)
 {
-    KeyringSession session(m_limits);
-    if (!session.isOpen())
-        return SecretStatus::unavailable;
-    const auto found = session.search(attributes(service, account));
-    if (!found)
-        return SecretStatus::failed;
-    if (found->all().isEmpty())
-        return SecretStatus::notFound;
-    bool succeeded = true;
-    for (const QDBusObjectPath& item : found->all())
-        succeeded =
-            (found->unlocked.contains(item) || session.unlock(item)) && session.remove(item) && succeeded;
-    return succeeded ? SecretStatus::success : SecretStatus::failed;
+    const auto work = [service, account](Operation& operation, ::SecretService* secrets) -> SecretReading {
+        return {removeItems(operation, secrets, attributes(service, account).get()), {}};
+    };
+    return performedWithin(m_limits, work).status;
 }
 
 } // namespace orvia
-
-#include "SecretService.moc"

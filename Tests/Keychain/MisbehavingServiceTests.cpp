@@ -45,26 +45,6 @@ TEST_P(SecretServiceMisbehaving, EndsInBoundedTimeWithTheRightOutcome)
 
 using Behaviour = ScriptedSecretService::Behaviour;
 
-TEST(SecretServiceAsking, DoesWhatTheUserConsentsTo)
-{
-    PrivateBus bus;
-    SecretService storage(u"Test"_s);
-    {
-        ScriptedSecretService scripted(bus, Behaviour::questionGranted);
-        const SecretReading reading = storage.read(service, key);
-        EXPECT_EQ(reading.status, SecretStatus::success);
-        EXPECT_EQ(reading.secret, "secret");
-        EXPECT_EQ(storage.remove(service, key), SecretStatus::success);
-    }
-    for (const Behaviour behaviour : {Behaviour::questionGranted, Behaviour::withoutCollection}) {
-        ScriptedSecretService scripted(bus, behaviour);
-        EXPECT_EQ(storage.add("secret", service, key), SecretStatus::success);
-        EXPECT_EQ(scripted.questions(), 1);
-    }
-    ScriptedSecretService scripted(bus, Behaviour::questionDeclined);
-    EXPECT_EQ(storage.add("secret", service, key), SecretStatus::failed);
-}
-
 INSTANTIATE_TEST_SUITE_P(
     SecretService, SecretServiceMisbehaving,
     testing::Values(Misbehaviour{Behaviour::silent, SecretStatus::unavailable, SecretStatus::unavailable, 0},

@@ -16,31 +16,24 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto itemPath = "/org/freedesktop/secrets/collection/login/1"_L1;
-constexpr auto sessionPath = "/org/freedesktop/secrets/session/1"_L1;
 constexpr auto promptPath = "/org/freedesktop/secrets/prompt/1"_L1;
 
 using Paths = QList<QDBusObjectPath>;
-
-struct ScriptedSecret {
-    QByteArray value;
-};
 
 QVariant path(const QString& text)
 {
     return QVariant::fromValue(QDBusObjectPath(text));
 }
 
-QDBusArgument& operator<<(QDBusArgument& argument, const ScriptedSecret& secret)
+QVariantMap lockedItem()
 {
-    argument.beginStructure();
-    argument << QDBusObjectPath(sessionPath) << QByteArray() << secret.value << u"text/plain"_s;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, ScriptedSecret&)
-{
-    return argument;
+    return {
+        {u"Locked"_s, true},
+        {u"Label"_s, u"Locked"_s},
+        {u"Created"_s, QVariant::fromValue<quint64>(0)},
+        {u"Modified"_s, QVariant::fromValue<quint64>(0)},
+        {u"Attributes"_s, QVariant::fromValue(QMap<QString, QString>())},
+    };
 }
 
 } // namespace
@@ -49,7 +42,7 @@ ScriptedSecretService::ScriptedSecretService(const PrivateBus& bus, Behaviour be
     : m_connectionName(QUuid::createUuid().toString())
     , m_behaviour(behaviour)
 {
-    qDBusRegisterMetaType<ScriptedSecret>();
+    qDBusRegisterMetaType<QMap<QString, QString>>();
     m_thread.start();
     moveToThread(&m_thread);
     QMetaObject::invokeMethod(
@@ -88,51 +81,32 @@ bool ScriptedSecretService::handleMessage(const QDBusMessage& message, const QDB
         QDBusConnection::disconnectFromBus(m_connectionName);
         return true;
     }
-    if (message.member() == "CreateItem"_L1 && !obstacle().isEmpty())
-        connection.send(message.createErrorReply(obstacle(), {}));
+    if (message.member() == "OpenSession"_L1 && message.arguments().constFirst() != "plain"_L1)
+        connection.send(message.createErrorReply(u"org.freedesktop.DBus.Error.NotSupported"_s, {}));
     else
         connection.send(message.createReply(answer(message, connection)));
     return true;
-}
-
-QString ScriptedSecretService::obstacle() const
-{
-    if (m_isGranted)
-        return {};
-    return m_behaviour == Behaviour::withoutCollection ? u"org.freedesktop.DBus.Error.UnknownObject"_s
-                                                       : u"org.freedesktop.Secret.Error.IsLocked"_s;
-}
-
-void ScriptedSecretService::endQuestion(const QDBusConnection& connection)
-{
-    m_isGranted = m_behaviour != Behaviour::questionDeclined;
-    QDBusMessage completed =
-        QDBusMessage::createSignal(promptPath, u"org.freedesktop.Secret.Prompt"_s, u"Completed"_s);
-    completed << !m_isGranted << QVariant::fromValue(QDBusVariant(QVariant::fromValue(Paths())));
-    connection.send(completed);
 }
 
 QVariantList ScriptedSecretService::answer(const QDBusMessage& message, const QDBusConnection& connection)
 {
     const QString member = message.member();
     if (member == "OpenSession"_L1)
-        return {QVariant::fromValue(QDBusVariant(QString())), path(sessionPath)};
+        return {QVariant::fromValue(QDBusVariant(QString())), path(u"/org/freedesktop/secrets/session/1"_s)};
     if (member == "SearchItems"_L1)
         return {QVariant::fromValue(Paths()), QVariant::fromValue(Paths{QDBusObjectPath(itemPath)})};
-    if (member == "GetSecret"_L1)
-        return {QVariant::fromValue(ScriptedSecret{"secret"})};
-    if (member == "Delete"_L1)
-        return {path(u"/"_s)};
-    if (member == "CreateItem"_L1)
-        return {path(itemPath), path(u"/"_s)};
-    if (member == "CreateCollection"_L1)
-        return {path(u"/"_s), path(promptPath)};
+    if (member == "GetAll"_L1)
+        return {lockedItem()};
     if (member == "Unlock"_L1)
         return {QVariant::fromValue(Paths()), path(promptPath)};
     if (member == "Prompt"_L1) {
         ++m_questions;
-        if (m_behaviour != Behaviour::questionWithoutEnd)
-            endQuestion(connection);
+        if (m_behaviour == Behaviour::questionDeclined) {
+            QDBusMessage completed =
+                QDBusMessage::createSignal(promptPath, u"org.freedesktop.Secret.Prompt"_s, u"Completed"_s);
+            completed << true << QVariant::fromValue(QDBusVariant(QVariant::fromValue(Paths())));
+            connection.send(completed);
+        }
     }
     return {};
 }

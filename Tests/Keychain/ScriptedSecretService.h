@@ -9,8 +9,8 @@
 
 namespace orvia::test {
 
-/// A Secret Service that misbehaves, or asks its user, in a chosen way, which no real one does on request. It
-/// answers from a thread of its own, because the calls under test hold up theirs.
+/// A Secret Service that misbehaves in a chosen way, which no real one does on request. It answers from a
+/// thread of its own, because the calls under test hold up theirs.
 class ScriptedSecretService final : public QDBusVirtualObject {
 public:
     enum class Behaviour {
@@ -24,10 +24,6 @@ public:
         questionWithoutEnd,
         /// Has a locked item; the user declines to unlock it.
         questionDeclined,
-        /// Has a locked item in a locked collection; the user unlocks them.
-        questionGranted,
-        /// Has no collection; the user consents to one.
-        withoutCollection,
     };
 
     ScriptedSecretService(const PrivateBus& bus, Behaviour behaviour);
@@ -41,14 +37,10 @@ public:
 
 private:
     QVariantList answer(const QDBusMessage& message, const QDBusConnection& connection);
-    /// Why an item cannot be created yet; empty when it can.
-    QString obstacle() const;
-    void endQuestion(const QDBusConnection& connection);
 
     const QString m_connectionName;
     const Behaviour m_behaviour;
     std::atomic<int> m_questions = 0;
-    bool m_isGranted = false;
     QThread m_thread;
 };
 
