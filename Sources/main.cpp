@@ -4,10 +4,10 @@
 #include "OrviaApp.h"
 #include "Platform/TerminationSignals.h"
 #include "Theme/Theme.h"
-#include "Theme/Typefaces.h"
 
 #include <QApplication>
 #include <QNetworkProxyFactory>
+#include <QScopeGuard>
 
 #include <cstdio>
 
@@ -61,6 +61,8 @@ int main(int argc, char** argv)
     // Beside the toolkit's start, which waits for the display most of the time.
     const orvia::TypefaceSearch typefaces;
     QApplication application(argc, argv);
+    // The toolkit closes the font library with the application.
+    const auto searchEnd = qScopeGuard([&typefaces] { typefaces.result().wait(); });
     orvia::TerminationSignals::quitOnArrival(application);
     const LaunchOptions options = LaunchOptions::parse(QCoreApplication::arguments());
     if (options.action != LaunchOptions::Action::run)
@@ -68,7 +70,7 @@ int main(int argc, char** argv)
     if (!options.configurationFile.isEmpty())
         orvia::AppConfig::setConfigurationFile(options.configurationFile);
     QNetworkProxyFactory::setUseSystemConfiguration(true);
-    orvia::Theme::setFallbackFamilies(typefaces.families());
+    orvia::Theme::setTypefaces(typefaces.result());
     orvia::Theme::shared().apply(application);
     orvia::OrviaApp console;
     return console.start(options.links) ? QApplication::exec() : 0;

@@ -5,7 +5,6 @@
 #include "Session/DefaultsStore.h"
 #include "Session/Session.h"
 #include "Theme/Theme.h"
-#include "Theme/Typefaces.h"
 #include "Views/RootView.h"
 
 #include <QAbstractButton>
@@ -214,10 +213,10 @@ int takeScreenshot(QApplication& application, Request request)
     Session session({defaults, tokens, network, AppConfig::apiBaseURL()});
     // A blinking text cursor would keep the picture from settling.
     QApplication::setCursorFlashTime(0);
+    const TypefaceSearch typefaces;
+    Theme::setTypefaces(typefaces.result());
     Theme::shared().apply(application);
     Theme::shared().setDesktopAppearance(request.dark);
-    const TypefaceSearch typefaces;
-    Theme::setFallbackFamilies(typefaces.families());
     RootView window(session);
     window.resize(request.size);
     window.show();

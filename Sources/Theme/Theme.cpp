@@ -198,6 +198,7 @@ void Theme::apply(QApplication& application)
     m_application = &application;
     // What fonts there are, which the first text would have to wait for.
     QThreadPool::globalInstance()->start([] { QFontDatabase::families(); });
+    nameGeneralFont();
     m_paletteDark = isDarkPalette(QApplication::palette());
     QApplication::setStyle(new ConsoleStyle);
     m_dark = m_desktopDark.value_or(m_paletteDark);
@@ -242,23 +243,42 @@ QFont Theme::font(TextRole role)
 /// another one's second name, would let the next take its place: the list begins with the one in use.
 const QFont& Theme::baseFont()
 {
-    if (m_search.valid()) {
-        m_fallbackFamilies = std::exchange(m_search, {}).get();
-        m_desktopFont.reset();
-    }
+    takeTypefaces();
     const QFont desktopFont = QApplication::font();
     if (m_desktopFont != desktopFont) {
         m_desktopFont = desktopFont;
         m_baseFont = desktopFont;
-        if (!m_fallbackFamilies.isEmpty())
-            m_baseFont.setFamilies(QStringList(QFontInfo(desktopFont).family()) + m_fallbackFamilies);
+        const bool isComplete = desktopFont.families().size() > 1;
+        if (!isComplete && !m_typefaces.fallbacks.isEmpty())
+            m_baseFont.setFamilies(QStringList(QFontInfo(desktopFont).family()) + m_typefaces.fallbacks);
     }
     return m_baseFont;
 }
 
-void Theme::setFallbackFamilies(std::shared_future<QStringList> families)
+void Theme::setTypefaces(std::shared_future<Typefaces> typefaces)
 {
-    shared().m_search = std::move(families);
+    shared().m_search = std::move(typefaces);
+}
+
+void Theme::takeTypefaces()
+{
+    if (!m_search.valid())
+        return;
+    m_typefaces = std::exchange(m_search, {}).get();
+    m_desktopFont.reset();
+}
+
+/// Where no desktop has chosen a font, the toolkit's is one for which it holds all typefaces against each
+/// other, again for each field. Such a desktop does not change its choice either, so that nothing has to be
+/// followed.
+void Theme::nameGeneralFont()
+{
+    takeTypefaces();
+    QFont font = QApplication::font();
+    if (font.family() != "Sans Serif"_L1 || m_typefaces.general.isEmpty())
+        return;
+    font.setFamilies(QStringList(m_typefaces.general) + m_typefaces.fallbacks);
+    QApplication::setFont(font);
 }
 
 bool Theme::loadNextFont()

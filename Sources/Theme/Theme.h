@@ -1,12 +1,13 @@
 #pragma once
 
+#include "Theme/Typefaces.h"
+
 #include <QColor>
 #include <QFont>
 #include <QIcon>
 #include <QObject>
 #include <QPixmap>
 
-#include <future>
 #include <optional>
 
 class QApplication;
@@ -185,7 +186,7 @@ public:
     static QFont font(TextRole role);
     /// Every font from now on names these typefaces for letters that the desktop's lacks; the next that is
     /// asked for waits for them.
-    static void setFallbackFamilies(std::shared_future<QStringList> families);
+    static void setTypefaces(std::shared_future<Typefaces> typefaces);
     /// Loads one more of the fonts that every screen has, which takes the toolkit a moment for each; false
     /// when they are all there.
     static bool loadNextFont();
@@ -217,6 +218,8 @@ protected:
 private:
     Theme() = default;
     void followDesktop();
+    void takeTypefaces();
+    void nameGeneralFont();
     void setDark(bool dark);
     void installPalette();
     const QFont& baseFont();
@@ -224,8 +227,8 @@ private:
     QApplication* m_application = nullptr;
     std::optional<QFont> m_desktopFont; ///< what m_baseFont was made of
     QFont m_baseFont;
-    std::shared_future<QStringList> m_search; ///< valid until its result is in use
-    QStringList m_fallbackFamilies;
+    std::shared_future<Typefaces> m_search; ///< valid until its result is in use
+    Typefaces m_typefaces;
     std::size_t m_loadedFonts = 0;
     std::optional<bool> m_desktopDark;
     bool m_paletteDark = false;

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <span>
 #include <string_view>
-#include <utility>
 
 namespace orvia {
 
@@ -47,38 +47,43 @@ bool has(FcPattern* font, char32_t letter)
            && FcCharSetHasChar(letters, letter) != FcFalse;
 }
 
-/// The family of the first font with the letter; empty when none has it.
-QString familyWith(char32_t letter, const FcFontSet& fonts)
+QString familyOf(const FcPattern* font)
 {
-    FcPattern** const end = fonts.fonts + fonts.nfont;
-    FcPattern** const found =
-        std::find_if(fonts.fonts, end, [letter](FcPattern* font) { return has(font, letter); });
     FcChar8* family = nullptr;
-    if (found == end || FcPatternGetString(*found, FC_FAMILY, 0, &family) != FcResultMatch)
+    if (FcPatternGetString(font, FC_FAMILY, 0, &family) != FcResultMatch)
         return {};
     return QString::fromUtf8(reinterpret_cast<const char*>(family));
 }
 
+/// Adds the first of @p fonts for each of @p letters that one has.
+void addFamilies(const FcFontSet& fonts, std::u32string_view letters, QStringList& families)
+{
+    const std::span all(fonts.fonts, static_cast<std::size_t>(fonts.nfont));
+    for (const char32_t letter : letters) {
+        const auto found = std::ranges::find_if(all, [letter](FcPattern* font) { return has(font, letter); });
+        const QString family = found == all.end() ? QString() : familyOf(*found);
+        if (!family.isEmpty() && !families.contains(family))
+            families.append(family);
+    }
+}
+
 } // namespace
 
-QStringList Typefaces::fallbacks()
+Typefaces Typefaces::search()
 {
-    QStringList families;
-    for (const auto& [kind, letters] : {std::pair("emoji", emoji), std::pair("sans-serif", scripts)}) {
-        const FontSet fonts = fontsLike(kind);
-        if (!fonts)
-            continue;
-        for (const char32_t letter : letters) {
-            const QString family = familyWith(letter, *fonts);
-            if (!family.isEmpty() && !families.contains(family))
-                families.append(family);
-        }
+    Typefaces found;
+    if (const FontSet fonts = fontsLike("emoji"))
+        addFamilies(*fonts, emoji, found.fallbacks);
+    if (const FontSet fonts = fontsLike("sans-serif")) {
+        addFamilies(*fonts, scripts, found.fallbacks);
+        if (fonts->nfont > 0)
+            found.general = familyOf(fonts->fonts[0]);
     }
-    return families;
+    return found;
 }
 
 TypefaceSearch::TypefaceSearch()
-    : m_families(std::async(std::launch::async, Typefaces::fallbacks))
+    : m_result(std::async(std::launch::async, Typefaces::search))
 {
 }
 

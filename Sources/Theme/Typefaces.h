@@ -6,30 +6,31 @@
 
 namespace orvia {
 
-namespace Typefaces {
+/// What the system has, for a user of this language.
+struct Typefaces {
+    /// The typeface that "Sans Serif" stands for; empty when there is none at all.
+    QString general;
+    /// The ones for what messages have and a text face often lacks: emoji and the scripts of the world, as
+    /// far as one is installed. A font that names them finds a missing letter at once; otherwise the toolkit
+    /// asks the system about every typeface there is, once for each font and script.
+    QStringList fallbacks;
 
-/// The typefaces that the system chooses, for a user of this language, for what messages have and a text face
-/// often lacks: emoji and the scripts of the world, as far as one is installed. Takes some milliseconds.
-/// Thread-safe.
-///
-/// A font that names them finds a missing letter at once; otherwise the toolkit asks the system about every
-/// typeface there is, once for each font and script.
-QStringList fallbacks();
+    /// Takes some milliseconds. Thread-safe.
+    static Typefaces search();
+};
 
-} // namespace Typefaces
-
-/// The search for @c Typefaces::fallbacks in a thread of its own, whose end the destructor waits for.
+/// The search in a thread of its own, whose end the destructor waits for.
 class TypefaceSearch {
 public:
     TypefaceSearch();
     TypefaceSearch(const TypefaceSearch&) = delete;
     TypefaceSearch& operator=(const TypefaceSearch&) = delete;
-    ~TypefaceSearch() { m_families.wait(); }
+    ~TypefaceSearch() { m_result.wait(); }
 
-    const std::shared_future<QStringList>& families() const { return m_families; }
+    const std::shared_future<Typefaces>& result() const { return m_result; }
 
 private:
-    std::shared_future<QStringList> m_families;
+    std::shared_future<Typefaces> m_result;
 };
 
 } // namespace orvia

@@ -1,5 +1,4 @@
 #include "Theme/Theme.h"
-#include "Theme/Typefaces.h"
 
 #include "Support/Waiting.h"
 #include "Views/Widgets/Label.h"
@@ -139,7 +138,7 @@ TEST_F(ThemeTest, TypeStepsFromTheDesktopsFontAndNeverFallsBelowEightPoints)
 TEST_F(ThemeTest, NamesTypefacesForLettersThatTheDesktopsLacks)
 {
     const TypefaceSearch search;
-    Theme::setFallbackFamilies(search.families());
+    Theme::setTypefaces(search.result());
     const QFont found = Theme::font(TextRole::body);
     EXPECT_EQ(found.families().first(), QFontInfo(QApplication::font()).family());
     for (const QString& text : {u"🙂"_s, u"電"_s, u"한"_s}) {
@@ -152,6 +151,26 @@ TEST_F(ThemeTest, NamesTypefacesForLettersThatTheDesktopsLacks)
         EXPECT_NE(glyphs.first().glyphIndexes().first(), 0U) << text.toStdString();
         EXPECT_TRUE(found.families().contains(glyphs.first().rawFont().familyName()));
     }
+}
+
+TEST_F(ThemeTest, NamesTheTypefaceBehindTheGeneralFontAndNoChosenOne)
+{
+    const TypefaceSearch search;
+    Theme::setTypefaces(search.result());
+    QFont general = font;
+    general.setFamily(u"Sans Serif"_s);
+    general.setPointSizeF(13);
+    QApplication::setFont(general);
+    Theme::shared().apply(*qApp);
+    EXPECT_EQ(QApplication::font().families().first(), QFontInfo(general).family());
+    EXPECT_EQ(QApplication::font().pointSizeF(), 13);
+    EXPECT_EQ(Theme::font(TextRole::body).families(), QApplication::font().families());
+
+    QFont chosen = font;
+    chosen.setFamily(u"DejaVu Sans Mono"_s);
+    QApplication::setFont(chosen);
+    Theme::shared().apply(*qApp);
+    EXPECT_EQ(QApplication::font().families(), QStringList(u"DejaVu Sans Mono"_s));
 }
 
 TEST_F(ThemeTest, TintsIconsSharplyAtEveryRatio)
