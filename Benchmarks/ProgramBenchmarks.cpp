@@ -53,12 +53,12 @@ struct Scene {
         const WindowProcess window(display(), bareWindow);
         return display().millisecondsUntil(isBarePainted);
     }
-    double signInPainted() const
+    double signInPainted()
     {
         const WindowProcess window(display(), console, stage.signedOut(service));
         return display().millisecondsUntil(isSignInPainted);
     }
-    double inboxPainted() const
+    double inboxPainted()
     {
         const WindowProcess window(display(), console, stage.signedIn(service, token));
         return display().millisecondsUntil(isInboxPainted);
@@ -85,7 +85,7 @@ double bareMegabytes(const Scene& scene)
     return settledMegabytes(window);
 }
 
-double inboxMegabytes(const Scene& scene)
+double inboxMegabytes(Scene& scene)
 {
     const WindowProcess window(scene.display(), console, scene.stage.signedIn(scene.service, scene.token));
     scene.display().millisecondsUntil(isInboxPainted);
@@ -93,7 +93,7 @@ double inboxMegabytes(const Scene& scene)
 }
 
 /// A minute with the inbox on show, the channel open and nobody doing anything.
-double idleWakeUpsPerSecond(const Scene& scene)
+double idleWakeUpsPerSecond(Scene& scene)
 {
     constexpr int seconds = 60;
     const WindowProcess window(scene.display(), console, scene.stage.signedIn(scene.service, scene.token));
@@ -110,7 +110,7 @@ struct Load {
     double floor = 0;
 };
 
-Load millisecondsPerSecond(const Stage& stage, int eventsPerSecond)
+Load millisecondsPerSecond(Stage& stage, int eventsPerSecond)
 {
     constexpr int seconds = 3;
     const ServiceProcess service({u"--quiet"_s, u"--conversations"_s, QString::number(inboxSize),

@@ -4,6 +4,7 @@
 #include "APIClient/NetworkSession.h"
 #include "AppIdentity.h"
 #include "Keychain/Keychain.h"
+#include "Session/DefaultsStore.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -23,6 +24,7 @@ namespace {
 constexpr int longestWait = 60'000; // milliseconds
 constexpr int settlingTime = 200;   // milliseconds
 const QString tokenAccount = u"agentToken"_s;
+const QString identityKey = u"cachedIdentity"_s;
 
 /// Asks for @p path and reads the answer to its end; answers whether it was a success.
 bool dropAnswer(const QUrl& origin, const QString& path, const QString& token)
@@ -117,9 +119,18 @@ WindowProcess::~WindowProcess()
 
 Stage::Stage() = default;
 
-QStringList Stage::signedOut(const ServiceProcess& service) const
+QStringList Stage::signedOut(const ServiceProcess& service)
 {
     Keychain(AppIdentity::identifier).set(std::nullopt, tokenAccount);
+    DefaultsStore defaults;
+    if (const auto identity = defaults.data(identityKey))
+        m_identity = identity;
+    defaults.remove(identityKey);
+    return arguments(service);
+}
+
+QStringList Stage::arguments(const ServiceProcess& service) const
+{
     const QString configuration = m_bus.directory() + u"/orvia.conf"_s;
     QFile file(configuration);
     if (!file.open(QIODevice::WriteOnly))
@@ -128,12 +139,13 @@ QStringList Stage::signedOut(const ServiceProcess& service) const
     return {u"--config"_s, configuration};
 }
 
-QStringList Stage::signedIn(const ServiceProcess& service, const QString& token) const
+QStringList Stage::signedIn(const ServiceProcess& service, const QString& token)
 {
-    QStringList arguments = signedOut(service);
+    if (m_identity)
+        DefaultsStore().setData(*m_identity, identityKey);
     if (!Keychain(AppIdentity::identifier).set(token, tokenAccount))
         std::abort();
-    return arguments;
+    return arguments(service);
 }
 
 } // namespace orvia::bench

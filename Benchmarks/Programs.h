@@ -7,6 +7,7 @@
 #include <QUrl>
 
 #include <memory>
+#include <optional>
 
 /// The real programs, each in a process of its own, on a bus and a display of the measurement's own.
 namespace orvia::bench {
@@ -48,13 +49,17 @@ public:
 
     const VirtualDisplay& display() const { return m_display; }
     /// The arguments of a console that talks to @p service and is signed out.
-    QStringList signedOut(const ServiceProcess& service) const;
-    /// The arguments of a console that finds its token in the store, as after an earlier start.
-    QStringList signedIn(const ServiceProcess& service, const QString& token) const;
+    QStringList signedOut(const ServiceProcess& service);
+    /// The arguments of a console that finds its token in the store and, from the second time on, the
+    /// identity that an earlier start cached.
+    QStringList signedIn(const ServiceProcess& service, const QString& token);
 
 private:
+    QStringList arguments(const ServiceProcess& service) const;
+
     test::PrivateBus m_bus;
     VirtualDisplay m_display;
+    std::optional<QByteArray> m_identity;
 };
 
 /// The path of a program of this project.

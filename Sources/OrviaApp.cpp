@@ -1,13 +1,15 @@
 #include "OrviaApp.h"
 
 #include "APIClient/NetworkSession.h"
+#include "APIClient/Worker.h"
 #include "AppConfig.h"
 #include "AppIdentity.h"
 #include "Keychain/Keychain.h"
 #include "Platform/Appearance.h"
+#include "Platform/ParallelWork.h"
 #include "Platform/RelativeTime.h"
+#include "Platform/SecretService.h"
 #include "PushManager.h"
-#include "Session/DefaultsStore.h"
 #include "Session/Session.h"
 #include "Theme/Theme.h"
 #include "Views/DeepLink.h"
@@ -38,6 +40,7 @@ bool runsInBackground(const QList<QUrl>& links)
 
 OrviaApp::OrviaApp()
     : m_service(AppIdentity::identifier)
+    , m_expectsToken(Session::isIdentityCached(m_defaults))
 {
     // Before the name is claimed: a message that makes the bus start this process comes with the name.
     const QPointer<OrviaApp> self = this;
@@ -60,8 +63,13 @@ OrviaApp::OrviaApp()
 
 OrviaApp::~OrviaApp() = default;
 
+/// Sign-in is on show before the keyring is asked whether somebody is signed in after all. Otherwise what
+/// asks it is loaded while the bus answers.
 bool OrviaApp::start(const QList<QUrl>& links)
 {
+    std::optional<ParallelWork<void>> loading;
+    if (m_expectsToken)
+        loading.emplace(SecretService::load);
     if (m_service.start(QUrl::toStringList(links, QUrl::FullyEncoded))
         == ApplicationService::Start::handedOver)
         return false;
@@ -78,18 +86,30 @@ bool OrviaApp::start(const QList<QUrl>& links)
 void OrviaApp::open()
 {
     m_urlSession = std::make_unique<NetworkSession>();
-    m_defaults = std::make_unique<DefaultsStore>();
-    m_keychain = std::make_unique<Keychain>(AppIdentity::identifier);
-    m_session = std::make_unique<Session>(Session::Collaborators{.defaults = *m_defaults,
+    m_keychain = std::make_shared<Keychain>(AppIdentity::identifier);
+    m_session = std::make_unique<Session>(Session::Collaborators{.defaults = m_defaults,
                                                                  .tokenStore = *m_keychain,
                                                                  .urlSession = *m_urlSession,
-                                                                 .baseURL = AppConfig::apiBaseURL()});
+                                                                 .baseURL = AppConfig::apiBaseURL(),
+                                                                 .readsToken = m_expectsToken});
     m_session->bootstrap();
     QTimer::singleShot(0, this, &OrviaApp::prepareWindow);
     connect(m_session.get(), &Session::tokenChanged, this, &OrviaApp::followSignIn);
     connect(m_session.get(), &Session::agentChanged, this, &OrviaApp::followSignIn);
     connect(m_session.get(), &Session::isLoadingListChanged, this, &OrviaApp::followInbox);
     followSignIn();
+}
+
+/// Where a token was not expected: it is as good as impossible that there is one after all.
+QCoro::Task<void> OrviaApp::readUnexpectedToken()
+{
+    if (std::exchange(m_expectsToken, true))
+        co_return;
+    const QPointer<OrviaApp> self = this;
+    auto read = [keychain = m_keychain] { return keychain->string(Session::tokenKey); };
+    const std::optional<QString> token = co_await onWorker(std::move(read));
+    if (self && token)
+        m_session->restore(*token);
 }
 
 /// The service's first answer comes between two fonts and is taken before the window is built, because it
@@ -106,6 +126,7 @@ void OrviaApp::buildWindow()
 {
     m_window = std::make_unique<RootView>(*m_session);
     m_window->resize(defaultWindowSize);
+    connect(m_window.get(), &RootView::painted, this, &OrviaApp::readUnexpectedToken);
     // In a turn of its own, after answers that have arrived.
     QTimer::singleShot(0, this, &OrviaApp::showWindow);
     // The first words about a time take milliseconds, which the first painting of the inbox need not wait
@@ -120,6 +141,8 @@ void OrviaApp::showWindow()
 {
     if (m_isWanted)
         activate({});
+    else
+        readUnexpectedToken();
 }
 
 void OrviaApp::activate(const QString& activationToken)

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "Platform/ApplicationService.h"
+#include "Session/DefaultsStore.h"
 #include "Theme/CaretRest.h"
 
+#include <QCoro/QCoroTask>
 #include <QObject>
 #include <QUrl>
 
@@ -12,7 +14,6 @@
 namespace orvia {
 
 class Appearance;
-class DefaultsStore;
 class Keychain;
 class NetworkSession;
 class RootView;
@@ -37,6 +38,7 @@ public:
 
 private:
     void open();
+    QCoro::Task<void> readUnexpectedToken();
     void prepareWindow();
     void buildWindow();
     void showWindow();
@@ -50,12 +52,13 @@ private:
     CaretRest m_caretRest;
     std::unique_ptr<Appearance> m_appearance;
     std::unique_ptr<NetworkSession> m_urlSession;
-    std::unique_ptr<DefaultsStore> m_defaults;
-    std::unique_ptr<Keychain> m_keychain;
+    DefaultsStore m_defaults;
+    std::shared_ptr<Keychain> m_keychain; ///< shared with a worker that reads
     std::unique_ptr<Session> m_session;
     std::unique_ptr<RootView> m_window;
     std::optional<QUrl> m_waitingLink; ///< to be opened by the next sign-in
     bool m_isWanted = false;           ///< the window is to be shown as soon as it is there
+    bool m_expectsToken = false;       ///< somebody was signed in when the program ended
     bool m_isSignedIn = false;         ///< there are a token and an agent
     bool m_isEstablished = false;      ///< the service has accepted the token since the sign-in
 };

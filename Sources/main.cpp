@@ -2,8 +2,10 @@
 #include "AppIdentity.h"
 #include "LaunchOptions.h"
 #include "OrviaApp.h"
+#include "Platform/ParallelWork.h"
 #include "Platform/TerminationSignals.h"
 #include "Theme/Theme.h"
+#include "Theme/Typefaces.h"
 
 #include <QApplication>
 #include <QNetworkProxyFactory>
@@ -59,10 +61,10 @@ int main(int argc, char** argv)
 
     orvia::TerminationSignals::watch();
     // Beside the toolkit's start, which waits for the display most of the time.
-    const orvia::TypefaceSearch typefaces;
+    const orvia::ParallelWork typefaces(orvia::Typefaces::search);
     QApplication application(argc, argv);
     // The toolkit closes the font library with the application.
-    const auto searchEnd = qScopeGuard([&typefaces] { typefaces.result().wait(); });
+    const auto fontsEnd = qScopeGuard([&typefaces] { typefaces.result().wait(); });
     orvia::TerminationSignals::quitOnArrival(application);
     const LaunchOptions options = LaunchOptions::parse(QCoreApplication::arguments());
     if (options.action != LaunchOptions::Action::run)

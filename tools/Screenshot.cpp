@@ -1,6 +1,7 @@
 #include "APIClient/NetworkSession.h"
 #include "AppConfig.h"
 #include "Keychain/TokenStore.h"
+#include "Platform/ParallelWork.h"
 #include "Scenes.h"
 #include "Session/DefaultsStore.h"
 #include "Session/Session.h"
@@ -213,7 +214,7 @@ int takeScreenshot(QApplication& application, Request request)
     Session session({defaults, tokens, network, AppConfig::apiBaseURL()});
     // A blinking text cursor would keep the picture from settling.
     QApplication::setCursorFlashTime(0);
-    const TypefaceSearch typefaces;
+    const ParallelWork typefaces(Typefaces::search);
     Theme::setTypefaces(typefaces.result());
     Theme::shared().apply(application);
     Theme::shared().setDesktopAppearance(request.dark);

@@ -6,7 +6,8 @@
 
 namespace orvia {
 
-/// Keeps secret texts by key. Calls are synchronous, short and never throw. Main thread.
+/// Keeps secret texts by key. Calls are synchronous, short and never throw. Main thread,
+/// except that @c string may be called in any.
 class TokenStore {
 public:
     virtual ~TokenStore() = default;

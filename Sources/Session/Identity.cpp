@@ -136,6 +136,20 @@ void Session::socketConnectionChanged(bool connected)
     Q_EMIT socketConnectedChanged();
 }
 
+bool Session::isIdentityCached(const DefaultsStore& defaults)
+{
+    return defaults.data(identityKey).has_value();
+}
+
+QCoro::Task<void> Session::restore(QString token)
+{
+    if (m_token || m_signOuts > 0)
+        co_return;
+    assignField(m_token, std::move(token), &Session::tokenChanged);
+    restoreIdentity();
+    co_await establishSession();
+}
+
 QCoro::Task<void> Session::login(QString email, QString password)
 {
     const QPointer<Session> self = this;

@@ -36,7 +36,8 @@ Session::Session(Collaborators collaborators, QObject* parent)
     prepare(m_sessionRetry, m_timings.sessionRetry, [this] { retrySession(); });
     prepare(m_searchDebounce, m_timings.searchDebounce, [this] { startSearch(); });
 
-    m_token = m_tokenStore.string(tokenKey);
+    if (collaborators.readsToken)
+        m_token = m_tokenStore.string(tokenKey);
     restoreIdentity();
 }
 

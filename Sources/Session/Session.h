@@ -55,6 +55,9 @@ public:
         SessionTimings timings = {};
         Clock now = currentInstant;
         SocketTimings socketTimings = {};
+        /// Whether the stored token is read at construction. Otherwise the session begins signed out, and
+        /// whoever made it reads the token and hands it to @c restore.
+        bool readsToken = true;
     };
 
     /// Reads the stored token and restores the cached identity. No network.
@@ -86,6 +89,14 @@ public:
 
     /// Wires the live channel and the push object and, with a token, establishes the session. Runs once.
     QCoro::Task<void> bootstrap();
+    /// Takes a stored token that was not read at construction and establishes the session with it. Does
+    /// nothing when somebody has signed in meanwhile.
+    QCoro::Task<void> restore(QString token);
+    /// Whether @p defaults hold the identity of somebody who was signed in when the program ended. That the
+    /// token store has a token is to be expected then, and only then.
+    static bool isIdentityCached(const DefaultsStore& defaults);
+    /// The key of the token in the token store.
+    inline static const QString tokenKey = QStringLiteral("agentToken");
     /// Signs in and establishes the session. Throws APIError when the sign-in itself fails.
     QCoro::Task<void> login(QString email, QString password);
     void logout();
@@ -211,8 +222,6 @@ Q_SIGNALS:
     void cannedCacheChanged(const QString& productKey);
 
 private:
-    inline static const QString tokenKey = QStringLiteral("agentToken");
-
     /// The signed-in identity as it is kept in the defaults.
     struct CachedIdentity;
 

@@ -239,8 +239,9 @@ QFont Theme::font(TextRole role)
     return font;
 }
 
-/// The desktop's font, and after it the fallback families. A family in the list that is not there, or is
-/// another one's second name, would let the next take its place: the list begins with the one in use.
+/// The desktop's font, and after it the fallback families once they are wanted. A family in the list that is
+/// not there, or is another one's second name, would let the next take its place: the list begins with the
+/// one in use.
 const QFont& Theme::baseFont()
 {
     takeTypefaces();
@@ -249,7 +250,7 @@ const QFont& Theme::baseFont()
         m_desktopFont = desktopFont;
         m_baseFont = desktopFont;
         const bool isComplete = desktopFont.families().size() > 1;
-        if (!isComplete && !m_typefaces.fallbacks.isEmpty())
+        if (m_expectsEveryScript && !isComplete && !m_typefaces.fallbacks.isEmpty())
             m_baseFont.setFamilies(QStringList(QFontInfo(desktopFont).family()) + m_typefaces.fallbacks);
     }
     return m_baseFont;
@@ -275,10 +276,23 @@ void Theme::nameGeneralFont()
 {
     takeTypefaces();
     QFont font = QApplication::font();
-    if (font.family() != "Sans Serif"_L1 || m_typefaces.general.isEmpty())
+    const QStringList general(m_typefaces.general);
+    const bool isNamed = m_hasNamedGeneralFont && font.families() == general;
+    if (m_typefaces.general.isEmpty() || (font.family() != "Sans Serif"_L1 && !isNamed))
         return;
-    font.setFamilies(QStringList(m_typefaces.general) + m_typefaces.fallbacks);
+    font.setFamilies(m_expectsEveryScript ? general + m_typefaces.fallbacks : general);
+    m_hasNamedGeneralFont = true;
     QApplication::setFont(font);
+}
+
+void Theme::expectEveryScript()
+{
+    Theme& theme = shared();
+    if (std::exchange(theme.m_expectsEveryScript, true))
+        return;
+    theme.m_desktopFont.reset();
+    if (theme.m_hasNamedGeneralFont)
+        theme.nameGeneralFont();
 }
 
 bool Theme::loadNextFont()
@@ -286,6 +300,7 @@ bool Theme::loadNextFont()
     constexpr std::array roles{TextRole::body,          TextRole::bodyStrong, TextRole::bodyMedium,
                                TextRole::callout,       TextRole::heading,    TextRole::caption,
                                TextRole::captionStrong, TextRole::micro};
+    expectEveryScript();
     std::size_t& loaded = shared().m_loadedFonts;
     if (loaded == roles.size())
         return false;

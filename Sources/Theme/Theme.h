@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QPixmap>
 
+#include <future>
 #include <optional>
 
 class QApplication;
@@ -184,10 +185,13 @@ public:
     /// The value in one of the two appearances, whatever the current one is.
     static QColor color(ColorRole role, bool dark);
     static QFont font(TextRole role);
-    /// Every font from now on names these typefaces for letters that the desktop's lacks; the next that is
-    /// asked for waits for them.
+    /// What the system has; the next font that is asked for waits for it.
     static void setTypefaces(std::shared_future<Typefaces> typefaces);
-    /// Loads one more of the fonts that every screen has, which takes the toolkit a moment for each; false
+    /// From here on texts of every script may be shown: each font names typefaces for letters that the
+    /// desktop's lacks. Not from the beginning, because a font that names others takes longer to load, which
+    /// the sign-in need not wait for.
+    static void expectEveryScript();
+    /// Loads one more of the fonts that the main screen has, which takes the toolkit a moment for each; false
     /// when they are all there.
     static bool loadNextFont();
     /// Line height of wrapped text in a role, in whole pixels: 1.35 times the size.
@@ -229,6 +233,8 @@ private:
     QFont m_baseFont;
     std::shared_future<Typefaces> m_search; ///< valid until its result is in use
     Typefaces m_typefaces;
+    bool m_expectsEveryScript = false;
+    bool m_hasNamedGeneralFont = false;
     std::size_t m_loadedFonts = 0;
     std::optional<bool> m_desktopDark;
     bool m_paletteDark = false;

@@ -82,9 +82,4 @@ Typefaces Typefaces::search()
     return found;
 }
 
-TypefaceSearch::TypefaceSearch()
-    : m_result(std::async(std::launch::async, Typefaces::search))
-{
-}
-
 } // namespace orvia

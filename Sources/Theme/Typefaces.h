@@ -2,8 +2,6 @@
 
 #include <QStringList>
 
-#include <future>
-
 namespace orvia {
 
 /// What the system has, for a user of this language.
@@ -17,20 +15,6 @@ struct Typefaces {
 
     /// Takes some milliseconds. Thread-safe.
     static Typefaces search();
-};
-
-/// The search in a thread of its own, whose end the destructor waits for.
-class TypefaceSearch {
-public:
-    TypefaceSearch();
-    TypefaceSearch(const TypefaceSearch&) = delete;
-    TypefaceSearch& operator=(const TypefaceSearch&) = delete;
-    ~TypefaceSearch() { m_result.wait(); }
-
-    const std::shared_future<Typefaces>& result() const { return m_result; }
-
-private:
-    std::shared_future<Typefaces> m_result;
 };
 
 } // namespace orvia

@@ -13,6 +13,7 @@
 #include <QHelpEvent>
 #include <QMenu>
 #include <QPainter>
+#include <QTimer>
 #include <QToolTip>
 #include <QVBoxLayout>
 
@@ -100,10 +101,12 @@ void RootView::followToken()
         m_screen->hide();
         m_screen->deleteLater();
     }
-    if (signedIn)
+    if (signedIn) {
+        Theme::expectEveryScript();
         m_screen = new MainSplitView(m_session, this);
-    else
+    } else {
         m_screen = new LoginView(m_session, this);
+    }
     layout()->addWidget(m_screen);
     m_screen->show();
     Sheet::keepAbove(m_banner);
@@ -137,6 +140,8 @@ void RootView::resizeEvent(QResizeEvent* event)
 
 void RootView::paintEvent(QPaintEvent*)
 {
+    if (!std::exchange(m_wasPainted, true))
+        QTimer::singleShot(0, this, &RootView::painted);
     QPainter(this).fillRect(rect(), Theme::color(ColorRole::window));
 }
 

@@ -20,6 +20,10 @@ public:
     QWidget* screen() const { return m_screen; }
     BannerView* banner() const { return m_banner; }
 
+Q_SIGNALS:
+    /// The first picture of the screen is on its way to the display.
+    void painted();
+
 protected:
     bool event(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
@@ -33,6 +37,7 @@ private:
     QWidget* m_screen = nullptr;
     bool m_signedIn = false;
     bool m_appeared = false;
+    bool m_wasPainted = false;
     BannerView* m_banner;
 };
 

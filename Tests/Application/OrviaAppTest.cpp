@@ -105,6 +105,22 @@ TEST_F(OrviaAppTest, ALinkSurvivesARefusedToken)
     EXPECT_TRUE(waitUntil([] { return timesOpened(u"helen-brandt"_s) > 0; }));
 }
 
+TEST_F(OrviaAppTest, ATokenWithoutAnIdentityIsFoundBehindTheSignIn)
+{
+    {
+        OrviaApp application;
+        start(application);
+        signIn();
+        ASSERT_TRUE(waitUntil([] { return DefaultsStore().data(u"cachedIdentity"_s).has_value(); }));
+    }
+    DefaultsStore().remove(u"cachedIdentity"_s);
+
+    OrviaApp application;
+    start(application);
+    EXPECT_NE(signInScreen(), nullptr);
+    EXPECT_TRUE(waitUntil([&] { return signInScreen() == nullptr && application.session()->agent(); }));
+}
+
 TEST_F(OrviaAppTest, ALinkIsNotOpenedForTheNextAgentToo)
 {
     OrviaApp application;

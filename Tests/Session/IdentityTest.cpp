@@ -79,6 +79,8 @@ TEST_F(IdentityTest, SignsInAndCachesTheIdentity)
     EXPECT_EQ(service.requests("GET", "/v1/agent/me").front().header("Authorization"), "Bearer t2");
     EXPECT_EQ(tokens.texts.value(u"agentToken"_s), u"t2"_s);
     EXPECT_EQ(made.agent(), self) << "the identity request decides, not the answer to the sign-in";
+    runTask(made.restore(u"t1"_s));
+    EXPECT_EQ(made.token(), u"t2"_s) << "whoever signs in wins over a token that was read meanwhile";
 
     Session& restarted = makeSession();
     EXPECT_EQ(restarted.agent(), self);
@@ -197,6 +199,21 @@ TEST_F(IdentityTest, SignOutEmptiesWhatItShouldAndKeepsTheFilters)
     service.answer("POST", "/v1/agent/login", answerOf(LoginResponse{u"t2"_s, self}));
     runTask(made.login(u"a"_s, u"b"_s));
     EXPECT_TRUE(waitUntil([&] { return made.socketConnected(); })) << "the handlers outlive a sign-out";
+}
+
+TEST_F(IdentityTest, TakesATokenThatWasReadAfterConstruction)
+{
+    scriptInbox({});
+    scriptEstablishing();
+    Session& made = makeSession();
+    runTask(made.bootstrap());
+    runTask(made.restore(u"t1"_s));
+    EXPECT_EQ(made.agent(), self);
+    EXPECT_EQ(service.requests("GET", "/v1/agent/me").front().header("Authorization"), "Bearer t1");
+
+    made.logout();
+    runTask(made.restore(u"t1"_s));
+    EXPECT_EQ(made.token(), std::nullopt) << "a token read before the sign-out is no longer one";
 }
 
 TEST_F(IdentityTest, SignOutCancelsAPendingRetry)

@@ -1,4 +1,5 @@
 #include "Theme/Theme.h"
+#include "Platform/ParallelWork.h"
 
 #include "Support/Waiting.h"
 #include "Views/Widgets/Label.h"
@@ -137,8 +138,9 @@ TEST_F(ThemeTest, TypeStepsFromTheDesktopsFontAndNeverFallsBelowEightPoints)
 
 TEST_F(ThemeTest, NamesTypefacesForLettersThatTheDesktopsLacks)
 {
-    const TypefaceSearch search;
+    const ParallelWork search(Typefaces::search);
     Theme::setTypefaces(search.result());
+    Theme::expectEveryScript();
     const QFont found = Theme::font(TextRole::body);
     EXPECT_EQ(found.families().first(), QFontInfo(QApplication::font()).family());
     for (const QString& text : {u"🙂"_s, u"電"_s, u"한"_s}) {
@@ -155,7 +157,7 @@ TEST_F(ThemeTest, NamesTypefacesForLettersThatTheDesktopsLacks)
 
 TEST_F(ThemeTest, NamesTheTypefaceBehindTheGeneralFontAndNoChosenOne)
 {
-    const TypefaceSearch search;
+    const ParallelWork search(Typefaces::search);
     Theme::setTypefaces(search.result());
     QFont general = font;
     general.setFamily(u"Sans Serif"_s);
