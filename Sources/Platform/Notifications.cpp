@@ -53,8 +53,13 @@ Notifications::Notifications(NotificationSender sender, const QString& busConnec
     , m_sender(std::move(sender))
     , m_busConnection(busConnection)
 {
+}
+
+/// Not before something is shown, because the toolkit then asks the bus who the server is and waits.
+void Notifications::listen()
+{
     QDBusConnection bus = busNamed(m_busConnection);
-    if (!bus.isConnected())
+    if (!bus.isConnected() || std::exchange(m_isListening, true))
         return;
     bus.connect(serviceName, objectPath, serviceName, u"ActionInvoked"_s, this,
                 SLOT(onActionInvoked(uint, QString)));
@@ -78,6 +83,7 @@ void Notifications::askWhetherAvailable(std::function<void(bool)> answer)
 
 void Notifications::present(const Notification& notification)
 {
+    listen();
     sendCall(busNamed(m_busConnection), callOf(u"GetCapabilities"_s), this,
              [this, notification](const QDBusMessage& reply) {
                  if (reply.type() == QDBusMessage::ReplyMessage)

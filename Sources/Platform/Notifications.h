@@ -58,12 +58,14 @@ private:
         QString activationToken;
     };
 
+    void listen();
     void send(const Notification& notification, const QStringList& capabilities);
     void remember(uint id, const QVariantMap& userInfo);
 
     const NotificationSender m_sender;
     const QString m_busConnection;
     QMap<uint, Presented> m_presented;
+    bool m_isListening = false;
 };
 
 } // namespace orvia
