@@ -40,7 +40,7 @@ bool runsInBackground(const QList<QUrl>& links)
 
 OrviaApp::OrviaApp()
     : m_service(AppIdentity::identifier)
-    , m_expectsToken(Session::isIdentityCached(m_defaults))
+    , m_isTokenRead(Session::isIdentityCached(m_defaults))
 {
     // Before the name is claimed: a message that makes the bus start this process comes with the name.
     const QPointer<OrviaApp> self = this;
@@ -63,12 +63,13 @@ OrviaApp::OrviaApp()
 
 OrviaApp::~OrviaApp() = default;
 
-/// Sign-in is on show before the keyring is asked whether somebody is signed in after all. Otherwise what
-/// asks it is loaded while the bus answers.
+/// Where somebody was signed in, the session reads the token before the window is built; what asks the
+/// keyring for it is loaded while the bus answers. Elsewhere the sign-in is on show before the keyring is
+/// asked.
 bool OrviaApp::start(const QList<QUrl>& links)
 {
     std::optional<ParallelWork<void>> loading;
-    if (m_expectsToken)
+    if (m_isTokenRead)
         loading.emplace(SecretService::load);
     if (m_service.start(QUrl::toStringList(links, QUrl::FullyEncoded))
         == ApplicationService::Start::handedOver)
@@ -91,7 +92,7 @@ void OrviaApp::open()
                                                                  .tokenStore = *m_keychain,
                                                                  .urlSession = *m_urlSession,
                                                                  .baseURL = AppConfig::apiBaseURL(),
-                                                                 .readsToken = m_expectsToken});
+                                                                 .readsToken = m_isTokenRead});
     m_session->bootstrap();
     QTimer::singleShot(0, this, &OrviaApp::prepareWindow);
     connect(m_session.get(), &Session::tokenChanged, this, &OrviaApp::followSignIn);
@@ -100,10 +101,11 @@ void OrviaApp::open()
     followSignIn();
 }
 
-/// Where a token was not expected: it is as good as impossible that there is one after all.
+/// For a token that is there although nobody's identity is, as after a sign-in without an answer to the next
+/// request.
 QCoro::Task<void> OrviaApp::readUnexpectedToken()
 {
-    if (std::exchange(m_expectsToken, true))
+    if (std::exchange(m_isTokenRead, true))
         co_return;
     const QPointer<OrviaApp> self = this;
     auto read = [keychain = m_keychain] { return keychain->string(Session::tokenKey); };
