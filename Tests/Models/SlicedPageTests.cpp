@@ -47,9 +47,12 @@ TEST(SlicedPages, HoldWhatTheWholeHolds)
                                  R"({"a":"}"})", "true"};
     for (qsizetype index = 0; index < rubbish.size(); ++index)
         elements.insert(index * 5, rubbish[index]);
-    const QByteArrayList documents{pageOf(elements), pageOf(elements, " ,\r\n\t"),
+    const QByteArrayList documents{pageOf(elements),
+                                   pageOf(elements.mid(1)),
+                                   pageOf(elements, " ,\r\n\t"),
                                    "\xEF\xBB\xBF \n{ \"conversations\" : [ " + elements.join(',') + " ] } \n",
-                                   pageOf({elements[1]}), pageOf({"0"})};
+                                   pageOf({elements[1]}),
+                                   pageOf({"0"})};
     for (const QByteArray& document : documents) {
         const auto whole = wholePage(document);
         ASSERT_TRUE(whole) << document.toStdString();
@@ -83,7 +86,8 @@ TEST(SlicedPages, LeaveOtherDocumentsToBeReadAsAWhole)
 {
     for (const QByteArray document :
          {R"({"conversations":[0],"next":null})", R"({"next":[],"conversations":[0]})",
-          R"({"\u0063onversations":[0]})", R"({"conversations":{}})", R"([0])", R"({"conversations":[]})"})
+          R"({"conversations":[{"a":1,"b":[{"a":2},{"a":3}]},{"a":4}]})", R"({"\u0063onversations":[0]})",
+          R"({"conversations":{}})", R"([0])", R"({"conversations":[]})"})
         EXPECT_FALSE(json::decodeInSlices<Page>(document, 1)) << document.toStdString();
 }
 

@@ -5,6 +5,8 @@ namespace orvia::json {
 namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+/// How far from where a run should end its mark is looked for, in bytes.
+constexpr std::size_t markRange = 16 * 1024;
 
 /// Where the string whose text starts at @p start of @p document is over, behind its closing quote.
 std::size_t endOfString(std::string_view document, std::size_t start)
@@ -21,6 +23,19 @@ std::size_t endOfString(std::string_view document, std::size_t start)
     return std::string_view::npos;
 }
 
+/// The beginning of the first of @p elements, up to the value of its first member, when it is an object with
+/// members and without white space in that place.
+std::string_view firstKey(std::string_view elements)
+{
+    constexpr std::string_view beginning = "{\"";
+    if (!elements.starts_with(beginning))
+        return {};
+    const std::size_t end = endOfString(elements, beginning.size());
+    if (end == std::string_view::npos || !elements.substr(end).starts_with(':'))
+        return {};
+    return elements.substr(0, end + 1);
+}
+
 } // namespace
 
 ListSlicer::ListSlicer(QByteArrayView document, std::string_view key)
@@ -33,6 +48,7 @@ ListSlicer::ListSlicer(QByteArrayView document, std::string_view key)
         return;
     m_rest.remove_prefix(key.size());
     m_isInside = m_rest.starts_with('"') && skip('"') && skip(':') && skip('[');
+    m_mark = firstKey(m_rest);
 }
 
 std::optional<ListSlicer::Slice> ListSlicer::next(std::size_t size)
@@ -40,7 +56,9 @@ std::optional<ListSlicer::Slice> ListSlicer::next(std::size_t size)
     const std::lock_guard lock(m_mutex);
     if (!m_isInside)
         return std::nullopt;
-    const auto elements = cut(size);
+    auto elements = cutAtMark(size);
+    if (!elements)
+        elements = cut(size);
     m_isInside = m_isInside && elements;
     return elements ? std::optional(Slice{m_count++, *elements}) : std::nullopt;
 }
@@ -59,6 +77,25 @@ bool ListSlicer::skip(char expected)
         return false;
     m_rest.remove_prefix(1);
     return true;
+}
+
+/// Services write every element of a list in the same order of members, so that reading all up to the next
+/// element can be spared. The mark is not in a string, where its quotes would be escaped. It may be in an
+/// inner list; then a run does not parse, and the document is no page of runs.
+std::optional<std::string_view> ListSlicer::cutAtMark(std::size_t size)
+{
+    if (m_mark.empty())
+        return std::nullopt;
+    const std::string_view searched = m_rest.substr(0, size + markRange);
+    for (std::size_t at = searched.find(m_mark, size); at != std::string_view::npos;
+         at = searched.find(m_mark, at + 1)) {
+        if (!searched.substr(0, at).ends_with("},"))
+            continue;
+        const std::string_view elements = m_rest.substr(0, at - 1);
+        m_rest.remove_prefix(at);
+        return elements;
+    }
+    return std::nullopt;
 }
 
 /// Elements are told apart by the commas outside of strings, objects and inner lists.

@@ -31,9 +31,11 @@ public:
 private:
     bool skip(char expected);
     std::optional<std::string_view> cut(std::size_t size);
+    std::optional<std::string_view> cutAtMark(std::size_t size);
 
     mutable std::mutex m_mutex;
     std::string_view m_rest;
+    std::string_view m_mark; ///< how an element after the first one most likely begins; empty if unknown
     std::size_t m_count = 0;
     bool m_isInside = false;
     bool m_reachedEnd = false;
