@@ -1,9 +1,8 @@
 #include "APIClient/NetworkSession.h"
 
-#include <QCoro/QCoroNetworkReply>
+#include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QNetworkRequest>
-#include <QPointer>
+#include <QThreadPool>
 
 namespace orvia {
 
@@ -49,7 +48,108 @@ void takeOver(QNetworkReply& reply, QByteArray& received)
     received.truncate(size + std::max<qint64>(taken, 0));
 }
 
+/// A request under way.
+struct Transfer {
+    explicit Transfer(QNetworkReply* answering)
+        : reply(answering)
+    {
+    }
+
+    QNetworkReply* const reply;
+    QByteArray received; ///< taken over as it arrives
+    bool isTooLarge = false;
+};
+
 } // namespace
+
+/// What lives in the session's own thread.
+class NetworkSession::Exchange : public QObject {
+public:
+    explicit Exchange(Limits limits)
+        : m_limits(limits)
+    {
+    }
+
+    void perform(const QNetworkRequest& request, const QByteArray& method,
+                 const std::optional<QByteArray>& body, const Receiver& receive);
+
+private:
+    QNetworkAccessManager& manager();
+    QNetworkReply* start(const QNetworkRequest& request, const QByteArray& method,
+                         const std::optional<QByteArray>& body);
+    void receivePart(Transfer& transfer) const;
+    static Answer finish(Transfer& transfer);
+
+    const Limits m_limits;
+    QNetworkAccessManager* m_manager = nullptr; ///< made in the thread
+};
+
+void NetworkSession::Exchange::perform(const QNetworkRequest& request, const QByteArray& method,
+                                       const std::optional<QByteArray>& body, const Receiver& receive)
+{
+    const auto transfer = std::make_shared<Transfer>(start(request, method, body));
+    connect(transfer->reply, &QNetworkReply::readyRead, this, [this, transfer] { receivePart(*transfer); });
+    connect(transfer->reply, &QNetworkReply::finished, this, [transfer, receive] {
+        transfer->reply->deleteLater();
+        Answer answer = finish(*transfer);
+        if (answer.body.size() < workerThreshold)
+            receive(std::move(answer));
+        else
+            QThreadPool::globalInstance()->start(
+                [receive, answer = std::move(answer)]() mutable { receive(std::move(answer)); });
+    });
+}
+
+QNetworkAccessManager& NetworkSession::Exchange::manager()
+{
+    if (!m_manager) {
+        m_manager = new QNetworkAccessManager(this);
+        m_manager->setRedirectPolicy(QNetworkRequest::SameOriginRedirectPolicy);
+        m_manager->setTransferTimeout(static_cast<int>(m_limits.timeout.count()));
+    }
+    return *m_manager;
+}
+
+QNetworkReply* NetworkSession::Exchange::start(const QNetworkRequest& request, const QByteArray& method,
+                                               const std::optional<QByteArray>& body)
+{
+    // A GET or DELETE without a body must not carry a length either, which a custom request would add.
+    if (method == "GET")
+        return manager().get(request);
+    if (method == "DELETE" && !body)
+        return manager().deleteResource(request);
+    return manager().sendCustomRequest(request, method, body.value_or(QByteArray()));
+}
+
+void NetworkSession::Exchange::receivePart(Transfer& transfer) const
+{
+    transfer.isTooLarge = transfer.received.size() + transfer.reply->bytesAvailable() > m_limits.maxBodyBytes;
+    if (transfer.isTooLarge)
+        transfer.reply->abort();
+    else
+        takeOver(*transfer.reply, transfer.received);
+}
+
+NetworkSession::Answer NetworkSession::Exchange::finish(Transfer& transfer)
+{
+    QNetworkReply& reply = *transfer.reply;
+    Answer answer;
+    if (transfer.isTooLarge) {
+        answer.transportError = tr("The answer is too large.");
+    } else if (reply.error() == QNetworkReply::OperationCanceledError) {
+        // The platform's own words for it would name a cancellation that nobody asked for.
+        answer.transportError = tr("The request timed out.");
+    } else if (!isHTTPResponse(reply)) {
+        answer.transportError = reply.errorString();
+    } else {
+        const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
+        if (status.isValid())
+            answer.status = status.toInt();
+        takeOver(reply, transfer.received);
+        answer.body = std::move(transfer.received);
+    }
+    return answer;
+}
 
 NetworkSession::NetworkSession(QObject* parent)
     : NetworkSession(Limits(), parent)
@@ -58,63 +158,33 @@ NetworkSession::NetworkSession(QObject* parent)
 
 NetworkSession::NetworkSession(Limits limits, QObject* parent)
     : QObject(parent)
-    , m_limits(limits)
+    , m_exchange(new Exchange(limits))
 {
-    m_manager.setRedirectPolicy(QNetworkRequest::SameOriginRedirectPolicy);
-    m_manager.setTransferTimeout(static_cast<int>(limits.timeout.count()));
+    m_exchange->moveToThread(&m_thread);
+    connect(&m_thread, &QThread::finished, m_exchange, &QObject::deleteLater);
+    m_thread.setObjectName("network"_L1);
+    m_thread.start();
 }
 
 NetworkSession::~NetworkSession()
 {
-    const auto replies = m_manager.findChildren<QNetworkReply*>();
-    for (QNetworkReply* reply : replies)
-        reply->abort();
+    m_thread.quit();
+    m_thread.wait();
+    Q_EMIT ending(QPrivateSignal());
 }
 
-QCoro::Task<NetworkSession::Answer> NetworkSession::perform(QNetworkRequest request, QByteArray method,
-                                                            std::optional<QByteArray> body)
+void NetworkSession::send(QNetworkRequest request, QByteArray method, std::optional<QByteArray> body,
+                          Receiver receive)
 {
-    // A GET or DELETE without a body must not carry a length either, which a custom request would add.
-    QNetworkReply* reply = nullptr;
-    if (method == "GET")
-        reply = m_manager.get(request);
-    else if (method == "DELETE" && !body)
-        reply = m_manager.deleteResource(request);
-    else
-        reply = m_manager.sendCustomRequest(request, method, body.value_or(QByteArray()));
-    reply->setParent(&m_manager);
+    QMetaObject::invokeMethod(
+        m_exchange, [exchange = m_exchange, request = std::move(request), method = std::move(method),
+                     body = std::move(body),
+                     receive = std::move(receive)] { exchange->perform(request, method, body, receive); });
+}
 
-    // Taken over as it arrives: gathering a large body at its end would hold up the interface.
-    QByteArray received;
-    const qint64 maxBodyBytes = m_limits.maxBodyBytes;
-    bool tooLarge = false;
-    connect(reply, &QNetworkReply::readyRead, reply, [reply, maxBodyBytes, &received, &tooLarge] {
-        tooLarge = received.size() + reply->bytesAvailable() > maxBodyBytes;
-        if (tooLarge)
-            reply->abort();
-        else
-            takeOver(*reply, received);
-    });
-
-    co_await reply;
-    reply->deleteLater();
-
-    Answer answer;
-    if (tooLarge) {
-        answer.transportError = tr("The answer is too large.");
-    } else if (reply->error() == QNetworkReply::OperationCanceledError) {
-        // The platform's own words for it would name a cancellation that nobody asked for.
-        answer.transportError = tr("The request timed out.");
-    } else if (!isHTTPResponse(*reply)) {
-        answer.transportError = reply->errorString();
-    } else {
-        const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-        if (status.isValid())
-            answer.status = status.toInt();
-        takeOver(*reply, received);
-        answer.body = std::move(received);
-    }
-    co_return answer;
+NetworkSession::Answer NetworkSession::canceled()
+{
+    return {.status = {}, .body = {}, .transportError = u"Operation canceled"_s};
 }
 
 } // namespace orvia

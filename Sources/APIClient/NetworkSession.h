@@ -2,16 +2,24 @@
 
 #include <QByteArray>
 #include <QCoro/QCoroTask>
-#include <QNetworkAccessManager>
+#include <QFutureWatcher>
+#include <QNetworkRequest>
 #include <QObject>
+#include <QPromise>
 #include <QString>
+#include <QThread>
 
+#include <functional>
+#include <memory>
 #include <optional>
+#include <type_traits>
 
 namespace orvia {
 
 /// The shared HTTP machinery behind every client value: connections, TLS, proxy. Follows redirects within the
-/// origin only, verifies certificates, and bounds time and size of an answer. Main thread.
+/// origin only, verifies certificates, and bounds time and size of an answer. Used by the main thread; what
+/// is sent, received and made of an answer is the work of other threads, so that an answer neither waits for
+/// the interface nor holds it up.
 ///
 /// Destroying it ends the requests under way as transport failures, so that the coroutines which wait for
 /// them run to their end.
@@ -31,17 +39,80 @@ public:
         std::optional<QString> transportError;
     };
 
+    /// Answers with a body from this size on are read by a worker, so that reading does not delay others.
+    static constexpr qsizetype workerThreshold = 64 * 1024;
+
     explicit NetworkSession(QObject* parent = nullptr);
     NetworkSession(Limits limits, QObject* parent);
     ~NetworkSession() override;
 
-    /// Performs @p request with @p method and waits for the whole answer.
-    [[nodiscard]] QCoro::Task<Answer> perform(QNetworkRequest request, QByteArray method,
-                                              std::optional<QByteArray> body);
+    /// What a reading of answers makes of one.
+    template <class Read>
+    using ReadingOf = std::decay_t<std::invoke_result_t<Read&, Answer>>;
+
+    /// Performs @p request with @p method, waits for the whole answer and answers what @p read makes of it.
+    /// @p read is called on another thread; it must not throw and shares nothing with its caller that
+    /// changes.
+    template <class Read>
+    [[nodiscard]] QCoro::Task<ReadingOf<Read>> perform(QNetworkRequest request, QByteArray method,
+                                                       std::optional<QByteArray> body, Read read);
+
+Q_SIGNALS:
+    void ending(QPrivateSignal);
 
 private:
-    Limits m_limits;
-    QNetworkAccessManager m_manager;
+    class Exchange;
+    using Receiver = std::function<void(Answer)>;
+
+    /// Resumes the awaiting coroutine when its watcher has finished, or the session ends. Unlike a watcher
+    /// of the coroutine library it needs no further turn of the event loop, which may never come.
+    struct Arrival {
+        QFutureWatcherBase& watcher;
+
+        bool await_ready() const { return false; }
+        void await_suspend(std::coroutine_handle<> waiting) const
+        {
+            connect(
+                &watcher, &QFutureWatcherBase::finished, &watcher, [waiting] { waiting.resume(); },
+                Qt::SingleShotConnection);
+        }
+        void await_resume() const {}
+    };
+
+    /// Calls @p receive on another thread, unless the session ends before.
+    void send(QNetworkRequest request, QByteArray method, std::optional<QByteArray> body, Receiver receive);
+    static Answer canceled();
+
+    QThread m_thread;
+    Exchange* m_exchange; ///< belongs to the thread and ends with it
 };
+
+template <class Read>
+QCoro::Task<NetworkSession::ReadingOf<Read>>
+NetworkSession::perform(QNetworkRequest request, QByteArray method, std::optional<QByteArray> body, Read read)
+{
+    using Result = ReadingOf<Read>;
+    if (!m_thread.isRunning())
+        co_return read(canceled());
+
+    const auto promise = std::make_shared<QPromise<std::shared_ptr<Result>>>();
+    promise->start();
+    auto* const watcher = new QFutureWatcher<std::shared_ptr<Result>>(this);
+    watcher->setFuture(promise->future());
+    connect(this, &NetworkSession::ending, watcher, &QFutureWatcherBase::finished);
+    send(std::move(request), std::move(method), std::move(body), [promise, read](Answer answer) mutable {
+        promise->addResult(std::make_shared<Result>(read(std::move(answer))));
+        promise->finish();
+    });
+    Arrival arrival{*watcher};
+    co_await arrival;
+
+    const QFuture<std::shared_ptr<Result>> reading = watcher->future();
+    watcher->deleteLater();
+    if (!reading.isFinished() || !reading.isResultReadyAt(0))
+        co_return read(canceled());
+    const std::shared_ptr<Result> result = reading.result();
+    co_return std::move(*result);
+}
 
 } // namespace orvia

@@ -2,7 +2,7 @@
 
 #include "APIClient/APIClient.h"
 #include "APIClient/NetworkSession.h"
-#include "APIClient/Worker.h"
+#include "APIClient/Outcome.h"
 #include "Models/JSON/Decoding.h"
 #include "Models/JSON/Encoding.h"
 
@@ -31,9 +31,6 @@ QNetworkRequest request(const QUrl& url, const std::optional<QString>& token,
 /// The body of a successful answer; throws APIError for everything else.
 QByteArray successfulBody(const NetworkSession::Answer& answer);
 
-/// Bodies from this size on are decoded off the main thread, because decoding them could be felt.
-inline constexpr qsizetype workerThreshold = 64 * 1024;
-
 template <class Response>
 std::optional<Response> decoded(const QByteArray& body)
 {
@@ -44,20 +41,19 @@ std::optional<Response> decoded(const QByteArray& body)
     }
 }
 
-/// The record in the body of a successful answer; fails with APIError when it is none.
+/// The record in the body of a successful answer, or why there is none.
 template <class Response>
-QCoro::Task<Response> decodedAnswer(QByteArray body)
+Outcome<Response> responseIn(const NetworkSession::Answer& answer)
 {
-    std::optional<Response> response;
-    if (body.size() < workerThreshold) {
-        response = decoded<Response>(body);
-    } else {
-        auto decode = [body = std::move(body)] { return decoded<Response>(body); };
-        response = co_await onWorker(std::move(decode));
+    Outcome<Response> outcome;
+    try {
+        outcome.answer = decoded<Response>(successfulBody(answer));
+        if (!outcome.answer)
+            outcome.failure = APIError(QStringLiteral("Could not decode server response"));
+    } catch (const APIError& error) {
+        outcome.failure = error;
     }
-    if (!response)
-        throw APIError(QStringLiteral("Could not decode server response"));
-    co_return std::move(*response);
+    return outcome;
 }
 
 } // namespace api
@@ -72,10 +68,11 @@ QCoro::Task<Response> APIClient::perform(QByteArray method, QString path, Query 
     if (!urlSession)
         throw APIError(QStringLiteral("Network error: ") + QStringLiteral("Operation canceled"));
     // Nothing of this client is touched from here on: it may be gone.
-    const NetworkSession::Answer answer = co_await urlSession->perform(request, method, std::move(bodyData));
-    QByteArray body = api::successfulBody(answer);
-    auto response = co_await api::decodedAnswer<Response>(std::move(body));
-    co_return response;
+    Outcome<Response> outcome = co_await urlSession->perform(request, std::move(method), std::move(bodyData),
+                                                             api::responseIn<Response>);
+    if (outcome.failure)
+        throw APIError(std::move(*outcome.failure));
+    co_return std::move(*outcome.answer);
 }
 
 template <class Response, class Body>

@@ -56,7 +56,7 @@ TEST(DecodingWorker, SharesNothingThatNeedsCare)
     for (unsigned seed = 0; seed < workers; ++seed) {
         pages.push_back(pageOf(seed, 300));
         bodies.push_back(APIJSON::encoder.encode(pages.back()));
-        ASSERT_GE(bodies.back().size(), api::workerThreshold);
+        ASSERT_GE(bodies.back().size(), NetworkSession::workerThreshold);
     }
     // A number that only a second reading accepts, and a document that none does.
     bodies[1].replace(0, 1, "{\"beyond\":1e400,");

@@ -4,22 +4,7 @@
 
 #include <QThread>
 
-#include <atomic>
-
 namespace orvia::test {
-
-/// Counts on which thread it is decoded; any document is one.
-struct ThreadProbe {
-    static inline std::atomic<int> onMainThread = 0;
-    static inline std::atomic<int> onWorkers = 0;
-};
-
-bool readValue(const json::Element&, ThreadProbe&, json::Context&)
-{
-    const bool isMain = QThread::currentThread() == QCoreApplication::instance()->thread();
-    ++(isMain ? ThreadProbe::onMainThread : ThreadProbe::onWorkers);
-    return true;
-}
 
 namespace {
 
@@ -218,18 +203,24 @@ TEST_F(Request, EndsWithTheSessionThatCarriesIt)
     EXPECT_EQ(service.requests().size(), 1U);
 }
 
-TEST_F(Request, DecodesLargeAnswersOffTheMainThread)
+TEST_F(Request, IsReadOffTheMainThread)
 {
-    // The routine is private to operations; this is what they run.
-    const auto decode = [](qsizetype size) {
-        return api::decodedAnswer<ThreadProbe>('"' + QByteArray(size - 2, 'x') + '"');
+    const auto threadOf = [this](qsizetype size) {
+        service.answer("GET", "/probe", ScriptedAnswer::json('"' + QByteArray(size - 2, 'x') + '"'));
+        const auto read = [](const NetworkSession::Answer& answer) {
+            EXPECT_TRUE(answer.status) << answer.transportError.value_or(QString()).toStdString();
+            return QThread::currentThread();
+        };
+        return runTask(session.perform(QNetworkRequest(service.url().resolved(QUrl(u"/probe"_s))), "GET", {},
+                                       read))
+            .value;
     };
-    EXPECT_TRUE(runTask(decode(api::workerThreshold - 1)).value);
-    EXPECT_EQ(ThreadProbe::onMainThread, 1);
-    EXPECT_EQ(ThreadProbe::onWorkers, 0);
-    EXPECT_TRUE(runTask(decode(api::workerThreshold)).value);
-    EXPECT_EQ(ThreadProbe::onMainThread, 1);
-    EXPECT_EQ(ThreadProbe::onWorkers, 1);
+    const auto main = QThread::currentThread();
+    const auto network = threadOf(NetworkSession::workerThreshold - 1);
+    EXPECT_NE(network, main);
+    const auto worker = threadOf(NetworkSession::workerThreshold);
+    EXPECT_NE(worker, main);
+    EXPECT_NE(worker, network) << "other answers wait for a large one";
 
     service.answer("GET", "/v1/agent/teammates",
                    ScriptedAnswer::json("{\"padding\":\"" + QByteArray(200'000, 'x') + "\",\"teammates\":["

@@ -60,7 +60,7 @@ NetworkSession::Answer DemoTest::request(const QByteArray& method, const QString
         request.setRawHeader("Authorization", "Bearer " + service.tokenOf(agentId).toLatin1());
     if (body)
         request.setHeader(QNetworkRequest::ContentTypeHeader, contentType);
-    const auto outcome = runTask(session.perform(request, method, std::move(body)));
+    const auto outcome = runTask(session.perform(request, method, std::move(body), std::identity()));
     return outcome.value.value_or(NetworkSession::Answer());
 }
 
