@@ -112,7 +112,7 @@ TEST(SlicedPages, LargeOnesComeInOrderAndAnErrorInThemIsTold)
     const std::vector<Conversation> records =
         APIJSON::decoder.decode<Page>(document).conversations.wrappedValue;
     ASSERT_EQ(records.size(), 6'000U);
-    EXPECT_EQ(records.capacity(), records.size());
+    EXPECT_LE(records.capacity(), records.size() + records.size() / 4);
     for (std::size_t number = 0; number < records.size(); ++number)
         ASSERT_EQ(records[number].id, QString::number(number));
 

@@ -94,17 +94,18 @@ QString TextPool::text(std::string_view utf8)
     constexpr int indexShift = 64 - std::countr_zero(size);
     Entry& known = m_entries[mixed >> indexShift];
 
-    if (known.bytes == utf8.size()) {
-        // A text has as many code units as bytes exactly when it is ASCII, which is Latin-1 too and compared
-        // sooner.
+    if (known.bytes == utf8.size() && known.head == head && known.tail == tail) {
+        // The ends of a short text are all of it. A text has as many code units as bytes exactly when it is
+        // ASCII, which is Latin-1 too and compared sooner.
         const auto count = static_cast<qsizetype>(utf8.size());
-        const bool isKnown = known.text.size() == count
-                                 ? known.text == QLatin1StringView(utf8.data(), count)
-                                 : QAnyStringView(known.text) == QUtf8StringView(utf8.data(), count);
+        const bool isKnown = utf8.size() <= sizeof head + sizeof tail
+                             || (known.text.size() == count
+                                     ? known.text == QLatin1StringView(utf8.data(), count)
+                                     : QAnyStringView(known.text) == QUtf8StringView(utf8.data(), count));
         if (isKnown)
             return known.text;
     }
-    known = {utf8.size(), toQString(utf8)};
+    known = {head, tail, utf8.size(), toQString(utf8)};
     return known.text;
 }
 

@@ -16,7 +16,9 @@
 #include <array>
 #include <atomic>
 #include <functional>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -44,7 +46,9 @@ public:
 
 private:
     struct Entry {
-        std::size_t bytes = 0; ///< of the text in UTF-8
+        std::uint64_t head = 0; ///< the first bytes of the text in UTF-8
+        std::uint64_t tail = 0; ///< the last ones
+        std::size_t bytes = 0;
         QString text;
     };
 
@@ -314,6 +318,44 @@ requires(fieldCount<T> == 1) struct PageList<T> {
 /// What is worth a thread of its own.
 inline constexpr qsizetype worthSlicing = 256 * 1024;
 
+/// Puts the runs of a list, which end in any order, behind each other. Thread-safe.
+template <class Item>
+class RunJoiner {
+public:
+    /// Fills @p list with about @p expectedRuns runs.
+    RunJoiner(std::vector<Item>& list, std::size_t expectedRuns)
+        : m_list(list)
+        , m_expectedRuns(expectedRuns)
+    {
+    }
+
+    /// Takes the run at @p index over at once, if those before it are there: its records are then still in
+    /// the processor's caches, and its memory serves the next run.
+    void take(std::size_t index, std::vector<Item> run)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_waiting.emplace(index, std::move(run));
+        for (auto first = m_waiting.begin(); first != m_waiting.end() && first->first == m_next;
+             first = m_waiting.erase(first), ++m_next)
+            append(first->second);
+    }
+
+private:
+    void append(std::vector<Item>& run)
+    {
+        // Room that stays empty is never touched and so costs nothing but addresses.
+        if (m_next == 0)
+            m_list.reserve(run.size() * (m_expectedRuns + m_expectedRuns / 8 + 1));
+        std::move(run.begin(), run.end(), std::back_inserter(m_list));
+    }
+
+    std::mutex m_mutex;
+    std::vector<Item>& m_list;
+    const std::size_t m_expectedRuns;
+    std::map<std::size_t, std::vector<Item>> m_waiting; ///< runs whose predecessors are still being read
+    std::size_t m_next = 0;
+};
+
 /// The page in @p bytes, read in slices on all cores: no thread waits for another to parse, and the buffers
 /// of a slice, about @p sliceSize bytes, stay in the processor's caches. None when the document is anything
 /// but a flawless page; reading it as a whole tells then what it is.
@@ -325,8 +367,9 @@ std::optional<T> decodeInSlices(QByteArrayView bytes, std::size_t sliceSize = 48
 
     ListSlicer slicer(bytes, field.key);
     std::atomic<bool> isSound = true;
-    std::mutex mutex;
-    std::vector<List> runs;
+    std::optional<T> page(std::in_place);
+    RunJoiner joiner(((*page).*(field.member)).wrappedValue,
+                     static_cast<std::size_t>(bytes.size()) / sliceSize);
     withHelpers(static_cast<int>(bytes.size() / worthSlicing), [&] {
         SliceParser parser;
         TextPool pool;
@@ -341,29 +384,11 @@ std::optional<T> decodeInSlices(QByteArrayView bytes, std::size_t sliceSize = 48
                 isSound = false;
                 return;
             }
-            // Rubbish must not keep the room of records.
-            if (run.wrappedValue.size() < run.wrappedValue.capacity() / 2)
-                run.wrappedValue.shrink_to_fit();
-            const std::lock_guard lock(mutex);
-            if (runs.size() <= slice->index)
-                runs.resize(slice->index + 1);
-            runs[slice->index] = std::move(run);
+            joiner.take(slice->index, std::move(run.wrappedValue));
         }
     });
     if (!isSound || !slicer.reachedEnd())
         return std::nullopt;
-
-    std::optional<T> page(std::in_place);
-    auto& records = ((*page).*(field.member)).wrappedValue;
-    std::size_t count = 0;
-    for (const List& run : runs)
-        count += run.wrappedValue.size();
-    records.reserve(count);
-    for (List& run : runs) {
-        // Taken out of the list of runs, so that each is freed when its records have moved.
-        List taken = std::exchange(run, {});
-        std::move(taken.wrappedValue.begin(), taken.wrappedValue.end(), std::back_inserter(records));
-    }
     return page;
 }
 
