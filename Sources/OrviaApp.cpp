@@ -40,7 +40,7 @@ bool runsInBackground(const QList<QUrl>& links)
 
 OrviaApp::OrviaApp()
     : m_service(AppIdentity::identifier)
-    , m_isTokenRead(Session::isIdentityCached(m_defaults))
+    , m_isTokenAwaited(Session::isIdentityCached(m_defaults))
 {
     // Before the name is claimed: a message that makes the bus start this process comes with the name.
     const QPointer<OrviaApp> self = this;
@@ -63,13 +63,11 @@ OrviaApp::OrviaApp()
 
 OrviaApp::~OrviaApp() = default;
 
-/// Where somebody was signed in, the session reads the token before the window is built; what asks the
-/// keyring for it is loaded while the bus answers. Elsewhere the sign-in is on show before the keyring is
-/// asked.
+/// What asks the keyring is loaded while the bus answers, where somebody was signed in.
 bool OrviaApp::start(const QList<QUrl>& links)
 {
     std::optional<ParallelWork<void>> loading;
-    if (m_isTokenRead)
+    if (m_isTokenAwaited)
         loading.emplace(SecretService::load);
     if (m_service.start(QUrl::toStringList(links, QUrl::FullyEncoded))
         == ApplicationService::Start::handedOver)
@@ -92,8 +90,10 @@ void OrviaApp::open()
                                                                  .tokenStore = *m_keychain,
                                                                  .urlSession = *m_urlSession,
                                                                  .baseURL = AppConfig::apiBaseURL(),
-                                                                 .readsToken = m_isTokenRead});
+                                                                 .readsToken = false});
     m_session->bootstrap();
+    if (m_isTokenAwaited)
+        readToken();
     QTimer::singleShot(0, this, &OrviaApp::prepareWindow);
     connect(m_session.get(), &Session::tokenChanged, this, &OrviaApp::followSignIn);
     connect(m_session.get(), &Session::agentChanged, this, &OrviaApp::followSignIn);
@@ -101,26 +101,38 @@ void OrviaApp::open()
     followSignIn();
 }
 
-/// For a token that is there although nobody's identity is, as after a sign-in without an answer to the next
-/// request.
-QCoro::Task<void> OrviaApp::readUnexpectedToken()
+/// Reads on a worker, because the keyring computes and may wait for its user. Where somebody was signed in,
+/// the window waits for the token, to show the right screen first. Elsewhere the sign-in is on show before,
+/// and a token is there after a sign-in alone that never had an answer to the next request.
+QCoro::Task<void> OrviaApp::readToken()
 {
     if (std::exchange(m_isTokenRead, true))
         co_return;
     const QPointer<OrviaApp> self = this;
     auto read = [keychain = m_keychain] { return keychain->string(Session::tokenKey); };
-    const std::optional<QString> token = co_await onWorker(std::move(read));
-    if (self && token)
+    auto reading = onWorker(std::move(read));
+    // Meanwhile the first words about a time, which take milliseconds and come with the inbox.
+    const Instant now = currentInstant();
+    QThreadPool::globalInstance()->start([now] { relativeTime(now - std::chrono::days(1), now); });
+    const std::optional<QString> token = co_await reading;
+    if (!self)
+        co_return;
+    m_isTokenAwaited = false;
+    if (token)
         m_session->restore(*token);
+    if (m_isPrepared && !m_window)
+        buildWindow();
 }
 
-/// The service's first answer comes between two fonts and is taken before the window is built, because it
-/// leads to the requests that take longest.
+/// Loads what the main screen needs while the token is read and the service asked for the identity. The
+/// answers come between two fonts, and lead to the requests that take longest.
 void OrviaApp::prepareWindow()
 {
-    if (m_session->token() && Theme::loadNextFont())
+    const bool mayBeSignedIn = m_isTokenAwaited || m_session->token();
+    m_isPrepared = !mayBeSignedIn || !Theme::loadNextFont();
+    if (!m_isPrepared)
         QTimer::singleShot(0, this, &OrviaApp::prepareWindow);
-    else
+    else if (!m_isTokenAwaited)
         buildWindow();
 }
 
@@ -128,14 +140,10 @@ void OrviaApp::buildWindow()
 {
     m_window = std::make_unique<RootView>(*m_session);
     m_window->resize(defaultWindowSize);
-    connect(m_window.get(), &RootView::painted, this, &OrviaApp::readUnexpectedToken);
+    connect(m_window.get(), &RootView::painted, this, &OrviaApp::readToken);
     // In a turn of its own, after answers that have arrived.
     QTimer::singleShot(0, this, &OrviaApp::showWindow);
-    // The first words about a time take milliseconds, which the first painting of the inbox need not wait
-    // for.
-    const Instant now = currentInstant();
-    QThreadPool::globalInstance()->start([now] { relativeTime(now - std::chrono::days(1), now); });
-    // Nor for what the desktop's lists of windows show.
+    // The first painting need not wait for what the desktop's lists of windows show.
     QTimer::singleShot(iconDelay, this, [] { QApplication::setWindowIcon(Theme::applicationIcon()); });
 }
 
@@ -144,7 +152,7 @@ void OrviaApp::showWindow()
     if (m_isWanted)
         activate({});
     else
-        readUnexpectedToken();
+        readToken();
 }
 
 void OrviaApp::activate(const QString& activationToken)

@@ -38,7 +38,7 @@ public:
 
 private:
     void open();
-    QCoro::Task<void> readUnexpectedToken();
+    QCoro::Task<void> readToken();
     void prepareWindow();
     void buildWindow();
     void showWindow();
@@ -58,9 +58,11 @@ private:
     std::unique_ptr<RootView> m_window;
     std::optional<QUrl> m_waitingLink; ///< to be opened by the next sign-in
     bool m_isWanted = false;           ///< the window is to be shown as soon as it is there
-    bool m_isTokenRead = false;   ///< by the session, because somebody was signed in at the end, or since
-    bool m_isSignedIn = false;    ///< there are a token and an agent
-    bool m_isEstablished = false; ///< the service has accepted the token since the sign-in
+    bool m_isTokenAwaited;             ///< the window waits for it, because somebody was signed in at the end
+    bool m_isTokenRead = false;        ///< or is being read
+    bool m_isPrepared = false;         ///< the window can be built
+    bool m_isSignedIn = false;         ///< there are a token and an agent
+    bool m_isEstablished = false;      ///< the service has accepted the token since the sign-in
 };
 
 } // namespace orvia
