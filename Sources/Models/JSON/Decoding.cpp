@@ -163,17 +163,22 @@ void withHelpers(int mostHelpers, const std::function<void()>& work)
 {
     QThreadPool& pool = *QThreadPool::globalInstance();
     std::counting_semaphore<> finished(0);
-    int helpers = 0;
-    const auto help = [&work, &finished] {
-        work();
-        finished.release();
-    };
+    // Queued where no thread is free: one may become so before the work is done, as when two pages arrive.
+    std::vector<std::unique_ptr<QRunnable>> helpers;
     const int wanted = std::min(mostHelpers, QThread::idealThreadCount() - 1);
-    while (helpers < wanted && pool.tryStart(help))
-        ++helpers;
+    for (int index = 0; index < wanted; ++index) {
+        helpers.emplace_back(QRunnable::create([&work, &finished] {
+            work();
+            finished.release();
+        }));
+        helpers.back()->setAutoDelete(false);
+        pool.start(helpers.back().get());
+    }
     work();
-    for (; helpers > 0; --helpers)
-        finished.acquire();
+    for (const auto& helper : helpers) {
+        if (!pool.tryTake(helper.get()))
+            finished.acquire();
+    }
 }
 
 bool readValue(const Element& element, QString& value, Context& context)

@@ -132,7 +132,7 @@ private:
 };
 
 /// Runs @p work, which must not throw, on this thread and at the same time on threads of the global pool, as
-/// far as they and other cores are idle but on no more than @p mostHelpers, and waits for all of them.
+/// far as they and other cores are or become idle but on no more than @p mostHelpers, and waits for all.
 void withHelpers(int mostHelpers, const std::function<void()>& work);
 
 bool readValue(const Element& element, QString& value, Context& context);
