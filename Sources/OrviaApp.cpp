@@ -63,9 +63,11 @@ OrviaApp::OrviaApp()
 
 OrviaApp::~OrviaApp() = default;
 
-/// What asks the keyring is loaded while the bus answers, where somebody was signed in.
+/// What asks the keyring is loaded while the bus answers, where somebody was signed in. The network's thread
+/// is made before, because the loader would keep it waiting.
 bool OrviaApp::start(const QList<QUrl>& links)
 {
+    m_urlSession = std::make_unique<NetworkSession>();
     std::optional<ParallelWork<void>> loading;
     if (m_isTokenAwaited)
         loading.emplace(SecretService::load);
@@ -84,7 +86,6 @@ bool OrviaApp::start(const QList<QUrl>& links)
 /// The session comes after the place on the desktop, so that a second start does not ask the keyring.
 void OrviaApp::open()
 {
-    m_urlSession = std::make_unique<NetworkSession>();
     m_keychain = std::make_shared<Keychain>(AppIdentity::identifier);
     m_session = std::make_unique<Session>(Session::Collaborators{.defaults = m_defaults,
                                                                  .tokenStore = *m_keychain,

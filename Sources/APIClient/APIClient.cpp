@@ -49,7 +49,7 @@ QNetworkRequest request(const QUrl& url, const std::optional<QString>& token,
     return request;
 }
 
-QByteArray successfulBody(const NetworkSession::Answer& answer)
+QByteArrayView successfulBody(const NetworkSession::Answer& answer)
 {
     if (answer.transportError)
         throw APIError(u"Network error: "_s + *answer.transportError);
@@ -57,10 +57,10 @@ QByteArray successfulBody(const NetworkSession::Answer& answer)
         throw APIError(u"Invalid server response"_s);
     const int status = *answer.status;
     if (status < 200 || status > 299) {
-        const auto error = decoded<ServerError>(answer.body);
+        const auto error = decoded<ServerError>(answer.body.bytes());
         throw APIError(error ? error->error : u"Request failed (%1)"_s.arg(status), status);
     }
-    return answer.body;
+    return answer.body.bytes();
 }
 
 } // namespace api

@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// An announced length is only believed so far.
+/// An announced length is only believed so far. Memory that nothing arrives for is never touched.
 constexpr qint64 largestReservation = 16 * 1024 * 1024;
 
 /// Whether the reply carries an HTTP response in full. Qt reports a status outside 200–299 as an error too,
@@ -46,6 +46,13 @@ void takeOver(QNetworkReply& reply, QByteArray& received)
     received.resize(size + available);
     const qint64 taken = reply.read(received.data() + size, available);
     received.truncate(size + std::max<qint64>(taken, 0));
+}
+
+/// The buffer into which the toolkit receives a body that announced its length and is not compressed, or
+/// null: other bodies come in pieces that are to be gathered. See QHttpThreadDelegate.
+QSharedPointer<char> bufferOf(const QNetworkReply& reply)
+{
+    return reply.attribute(QNetworkRequest::DownloadBufferAttribute).value<QSharedPointer<char>>();
 }
 
 /// A request under way.
@@ -87,12 +94,14 @@ private:
 void NetworkSession::Exchange::perform(const QNetworkRequest& request, const QByteArray& method,
                                        const std::optional<QByteArray>& body, const Receiver& receive)
 {
-    const auto transfer = std::make_shared<Transfer>(start(request, method, body));
+    QNetworkRequest buffered = request;
+    buffered.setAttribute(QNetworkRequest::MaximumDownloadBufferSizeAttribute, largestReservation);
+    const auto transfer = std::make_shared<Transfer>(start(buffered, method, body));
     connect(transfer->reply, &QNetworkReply::readyRead, this, [this, transfer] { receivePart(*transfer); });
     connect(transfer->reply, &QNetworkReply::finished, this, [transfer, receive] {
         transfer->reply->deleteLater();
         Answer answer = finish(*transfer);
-        if (answer.body.size() < workerThreshold)
+        if (answer.body.bytes().size() < workerThreshold)
             receive(std::move(answer));
         else
             QThreadPool::globalInstance()->start(
@@ -126,7 +135,7 @@ void NetworkSession::Exchange::receivePart(Transfer& transfer) const
     transfer.isTooLarge = transfer.received.size() + transfer.reply->bytesAvailable() > m_limits.maxBodyBytes;
     if (transfer.isTooLarge)
         transfer.reply->abort();
-    else
+    else if (!bufferOf(*transfer.reply))
         takeOver(*transfer.reply, transfer.received);
 }
 
@@ -145,8 +154,12 @@ NetworkSession::Answer NetworkSession::Exchange::finish(Transfer& transfer)
         const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
         if (status.isValid())
             answer.status = status.toInt();
-        takeOver(reply, transfer.received);
-        answer.body = std::move(transfer.received);
+        if (QSharedPointer<char> buffer = bufferOf(reply)) {
+            answer.body = Body(std::move(buffer), reply.bytesAvailable());
+        } else {
+            takeOver(reply, transfer.received);
+            answer.body = Body(std::move(transfer.received));
+        }
     }
     return answer;
 }

@@ -6,6 +6,7 @@
 #include <QNetworkRequest>
 #include <QObject>
 #include <QPromise>
+#include <QSharedPointer>
 #include <QString>
 #include <QThread>
 
@@ -32,10 +33,34 @@ public:
         qint64 maxBodyBytes = 128 * 1024 * 1024;
     };
 
+    /// The bytes of an answer, wherever they were received. Copies share them.
+    class Body {
+    public:
+        Body() = default;
+        explicit Body(QByteArray gathered)
+            : m_gathered(std::move(gathered))
+            , m_bytes(m_gathered)
+        {
+        }
+        Body(QSharedPointer<char> buffer, qsizetype size)
+            : m_buffer(std::move(buffer))
+            , m_bytes(m_buffer.data(), size)
+        {
+        }
+
+        /// Valid as long as a copy of this body.
+        QByteArrayView bytes() const { return m_bytes; }
+
+    private:
+        QByteArray m_gathered;
+        QSharedPointer<char> m_buffer;
+        QByteArrayView m_bytes; ///< of one of the two, whose bytes stay where they are when it is moved
+    };
+
     /// What came back: a status and the whole body, or the platform's description of why nothing did.
     struct Answer {
         std::optional<int> status; ///< absent when the answer was not an HTTP response
-        QByteArray body;
+        Body body;
         std::optional<QString> transportError;
     };
 

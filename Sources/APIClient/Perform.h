@@ -28,11 +28,11 @@ QUrl endpointURL(const QUrl& baseURL, const QString& path,
 QNetworkRequest request(const QUrl& url, const std::optional<QString>& token,
                         const std::optional<QByteArray>& contentType);
 
-/// The body of a successful answer; throws APIError for everything else.
-QByteArray successfulBody(const NetworkSession::Answer& answer);
+/// The body of a successful @p answer, valid as long as that; throws APIError for everything else.
+QByteArrayView successfulBody(const NetworkSession::Answer& answer);
 
 template <class Response>
-std::optional<Response> decoded(const QByteArray& body)
+std::optional<Response> decoded(QByteArrayView body)
 {
     try {
         return json::decode<Response>(body);

@@ -157,6 +157,15 @@ TEST_F(Request, BoundsTheSizeOfAnAnswer)
     EXPECT_EQ(outcomeOfSize(5'000'000).errorMessage(), u"Network error: The answer is too large."_s);
 }
 
+TEST_F(Request, WaitsForAnAnswerThatArrivesSlowly)
+{
+    NetworkSession impatient(NetworkSession::Limits{.timeout = 500ms}, nullptr);
+    ScriptedAnswer slow = ScriptedAnswer::json("{\"teammates\":[]}" + QByteArray(50, ' '));
+    slow.pause = 20ms;
+    service.answer("GET", "/v1/agent/teammates", slow);
+    EXPECT_EQ(runTask(APIClient(service.url(), {}, &impatient).teammates()).errorMessage(), QString());
+}
+
 TEST_F(Request, FollowsARedirectWithinTheOriginWithTheToken)
 {
     service.answer("GET", "/v1/agent/teammates", ScriptedAnswer::redirect("/elsewhere?x=1"));

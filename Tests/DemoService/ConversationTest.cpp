@@ -57,7 +57,7 @@ TEST_F(ConversationTest, AttachmentsComeBackAsTheyWereSent)
     EXPECT_EQ(attachment.kind, AttachmentKind::image);
     EXPECT_EQ(sent.value->sender, MessageSender::agent);
     EXPECT_EQ(helen().lastMessagePreview, attachment.name);
-    EXPECT_EQ(request("GET", *attachment.url, std::nullopt, {}).body, picture);
+    EXPECT_EQ(request("GET", *attachment.url, std::nullopt, {}).body.bytes(), QByteArrayView(picture));
 
     const auto note = runTask(client(u"dana"_s).uploadAttachment(u"helen-brandt"_s, u"empty"_s,
                                                                  u"text/plain"_s, QByteArray(), true));

@@ -66,7 +66,7 @@ NetworkSession::Answer DemoTest::request(const QByteArray& method, const QString
 
 QString DemoTest::errorOf(const NetworkSession::Answer& answer)
 {
-    return QJsonDocument::fromJson(answer.body).object().value("error"_L1).toString();
+    return QJsonDocument::fromJson(answer.body.bytes().toByteArray()).object().value("error"_L1).toString();
 }
 
 QStringList DemoTest::idsOf(const std::vector<Conversation>& conversations)

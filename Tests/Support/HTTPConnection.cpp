@@ -2,6 +2,8 @@
 
 #include "Support/DeadEnd.h"
 
+#include <QTimer>
+
 #include <gtest/gtest.h>
 
 #include <sys/socket.h>
@@ -71,8 +73,12 @@ void HTTPConnection::send(const ScriptedAnswer& answer)
 {
     m_output = answer.bytes();
     m_ending = answer.ending;
-    if (answer.bytewise) {
+    m_pause = answer.pause;
+    if (answer.bytewise || m_pause.count() > 0) {
         m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        const qsizetype head = answer.bytewise ? 0 : m_output.indexOf("\r\n\r\n") + 4;
+        m_socket->write(m_output.left(head));
+        m_output.remove(0, head);
         sendNextByte();
         return;
     }
@@ -90,7 +96,7 @@ void HTTPConnection::sendNextByte()
     m_socket->flush();
     m_output.remove(0, 1);
     // The turn in between lets the client read.
-    QMetaObject::invokeMethod(this, &HTTPConnection::sendNextByte, Qt::QueuedConnection);
+    QTimer::singleShot(m_pause, this, &HTTPConnection::sendNextByte);
 }
 
 void HTTPConnection::end()

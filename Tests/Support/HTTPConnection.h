@@ -26,6 +26,7 @@ private:
     QTcpSocket* m_socket;
     QByteArray m_input;
     QByteArray m_output; ///< what is still to be sent byte by byte
+    std::chrono::milliseconds m_pause{0};
     qint64 m_sentWithoutEnd = 0;
     ScriptedAnswer::Ending m_ending = ScriptedAnswer::Ending::keepOpen;
     bool m_busy = false; ///< a request waits for its answer
