@@ -28,6 +28,7 @@ namespace {
 
 constexpr QSize defaultWindowSize(1080, 700);
 constexpr std::chrono::milliseconds iconDelay(250);
+constexpr std::chrono::seconds keyringPatience(2);
 
 /// Whether the program runs for the bus alone: to take a message, until somebody asks for the window. A
 /// terminal that the bus started passes its environment on, but then a person typed the command.
@@ -93,8 +94,10 @@ void OrviaApp::open()
                                                                  .baseURL = AppConfig::apiBaseURL(),
                                                                  .readsToken = false});
     m_session->bootstrap();
-    if (m_isTokenAwaited)
+    if (m_isTokenAwaited) {
         readToken();
+        QTimer::singleShot(keyringPatience, this, &OrviaApp::stopAwaitingToken);
+    }
     QTimer::singleShot(0, this, &OrviaApp::prepareWindow);
     connect(m_session.get(), &Session::tokenChanged, this, &OrviaApp::followSignIn);
     connect(m_session.get(), &Session::agentChanged, this, &OrviaApp::followSignIn);
@@ -103,8 +106,8 @@ void OrviaApp::open()
 }
 
 /// Reads on a worker, because the keyring computes and may wait for its user. Where somebody was signed in,
-/// the window waits for the token, to show the right screen first. Elsewhere the sign-in is on show before,
-/// and a token is there after a sign-in alone that never had an answer to the next request.
+/// the window waits a while for the token, to show the right screen first. Elsewhere the sign-in is on show
+/// before, and a token is there after a sign-in alone that never had an answer to the next request.
 QCoro::Task<void> OrviaApp::readToken()
 {
     if (std::exchange(m_isTokenRead, true))
@@ -118,9 +121,14 @@ QCoro::Task<void> OrviaApp::readToken()
     const std::optional<QString> token = co_await reading;
     if (!self)
         co_return;
-    m_isTokenAwaited = false;
     if (token)
         m_session->restore(*token);
+    stopAwaitingToken();
+}
+
+void OrviaApp::stopAwaitingToken()
+{
+    m_isTokenAwaited = false;
     if (m_isPrepared && !m_window)
         buildWindow();
 }

@@ -39,6 +39,7 @@ public:
 private:
     void open();
     QCoro::Task<void> readToken();
+    void stopAwaitingToken();
     void prepareWindow();
     void buildWindow();
     void showWindow();

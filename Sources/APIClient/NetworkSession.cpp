@@ -144,10 +144,10 @@ NetworkSession::Answer NetworkSession::Exchange::finish(Transfer& transfer)
     QNetworkReply& reply = *transfer.reply;
     Answer answer;
     if (transfer.isTooLarge) {
-        answer.transportError = tr("The answer is too large.");
+        answer.transportError = NetworkSession::tr("The answer is too large.");
     } else if (reply.error() == QNetworkReply::OperationCanceledError) {
         // The platform's own words for it would name a cancellation that nobody asked for.
-        answer.transportError = tr("The request timed out.");
+        answer.transportError = NetworkSession::tr("The request timed out.");
     } else if (!isHTTPResponse(reply)) {
         answer.transportError = reply.errorString();
     } else {

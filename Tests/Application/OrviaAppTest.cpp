@@ -2,6 +2,7 @@
 #include "AppConfig.h"
 #include "AppIdentity.h"
 #include "ConsoleFixture.h"
+#include "Keychain/ScriptedSecretService.h"
 #include "Platform/FakePortal.h"
 #include "Platform/PrivateFile.h"
 #include "Session/DefaultsStore.h"
@@ -13,6 +14,8 @@
 
 #include <QApplication>
 #include <QLineEdit>
+#include <QScopeGuard>
+#include <QThreadPool>
 #include <QTimer>
 
 /// The application inside this process, so that somebody can sign in and the window can be looked at. The
@@ -119,6 +122,27 @@ TEST_F(OrviaAppTest, ATokenWithoutAnIdentityIsFoundBehindTheSignIn)
     start(application);
     EXPECT_NE(signInScreen(), nullptr);
     EXPECT_TRUE(waitUntil([&] { return signInScreen() == nullptr && application.session()->agent(); }));
+}
+
+TEST_F(OrviaAppTest, AKeyringThatHangsDoesNotKeepTheWindowFromShowing)
+{
+    {
+        OrviaApp application;
+        start(application);
+        signIn();
+        ASSERT_TRUE(waitUntil([] { return DefaultsStore().data(u"cachedIdentity"_s).has_value(); }));
+    }
+    // Nothing is read from it later than the end of this test: the keyring's side of this process is shared.
+    const QThreadPool& pool = *QThreadPool::globalInstance();
+    const auto readingEnd =
+        qScopeGuard([&pool] { EXPECT_TRUE(waitUntil([&pool] { return pool.activeThreadCount() == 0; })); });
+    const ScriptedSecretService silent(*bus, ScriptedSecretService::Behaviour::silent);
+
+    OrviaApp application;
+    start(application);
+    EXPECT_GT(pool.activeThreadCount(), 0) << "the keyring has answered";
+    EXPECT_TRUE(waitUntil([] { return window()->isVisible(); }));
+    EXPECT_NE(signInScreen(), nullptr);
 }
 
 TEST_F(OrviaAppTest, ALinkIsNotOpenedForTheNextAgentToo)
