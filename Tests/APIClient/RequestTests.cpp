@@ -3,6 +3,9 @@
 #include "APIClient/Perform.h"
 
 #include <QThread>
+#include <QThreadPool>
+
+#include <semaphore>
 
 namespace orvia::test {
 
@@ -210,6 +213,30 @@ TEST_F(Request, EndsWithTheSessionThatCarriesIt)
     EXPECT_TRUE(waiting->errorMessage().startsWith(u"Network error: "_s));
     EXPECT_TRUE(runTask(orphan.teammates()).errorMessage().startsWith(u"Network error: "_s));
     EXPECT_EQ(service.requests().size(), 1U);
+}
+
+TEST_F(Request, EndsWithTheSessionWhileItsAnswerIsRead)
+{
+    auto shortLived = std::make_unique<NetworkSession>();
+    service.answer("GET", "/probe",
+                   ScriptedAnswer::json(QByteArray(NetworkSession::workerThreshold, ' ') + "{}"));
+    std::binary_semaphore begun(0);
+    std::binary_semaphore mayEnd(0);
+    const auto isLost = [&](const NetworkSession::Answer& answer) {
+        if (!answer.transportError) {
+            begun.release();
+            mayEnd.acquire();
+        }
+        return answer.transportError.has_value();
+    };
+    const QNetworkRequest request(service.url().resolved(QUrl(u"/probe"_s)));
+    const auto waiting = startTask(shortLived->perform(request, "GET", {}, isLost));
+    ASSERT_TRUE(waitUntil([&] { return begun.try_acquire(); }));
+    shortLived.reset();
+    EXPECT_TRUE(waiting->finished()) << "there may be no further turn of the event loop";
+    EXPECT_EQ(waiting->value, true);
+    mayEnd.release();
+    QThreadPool::globalInstance()->waitForDone();
 }
 
 TEST_F(Request, IsReadOffTheMainThread)
