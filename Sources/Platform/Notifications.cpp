@@ -118,10 +118,14 @@ void Notifications::send(const Notification& notification, const QStringList& ca
     QDBusMessage call = callOf(u"Notify"_s);
     call << m_sender.name << replacesNone << m_sender.desktopEntry << title << body << actions << hints
          << serversOwnTimeout;
+    ++m_unanswered;
     sendCall(busNamed(m_busConnection), call, this,
              [this, userInfo = notification.userInfo](const QDBusMessage& reply) {
+                 --m_unanswered;
                  if (reply.type() == QDBusMessage::ReplyMessage)
                      remember(reply.arguments().value(0).toUInt(), userInfo);
+                 if (m_unanswered == 0)
+                     m_early.clear();
              });
 }
 
@@ -131,26 +135,43 @@ void Notifications::remember(uint id, const QVariantMap& userInfo)
     // Servers count upwards, so the smallest number is the oldest notification.
     while (m_presented.size() > mostRemembered)
         m_presented.erase(m_presented.begin());
+    QList<std::function<void()>> early = m_early.values(id);
+    m_early.remove(id);
+    std::reverse(early.begin(), early.end()); // the map has the latest first
+    for (const auto& act : early) {
+        if (m_presented.contains(id))
+            act();
+    }
+}
+
+/// Calls @p act for a notification of this program. The toolkit may hand over a signal before the answer that
+/// the server sent ahead of it.
+void Notifications::whenKnown(uint id, std::function<void()> act)
+{
+    if (m_presented.contains(id))
+        act();
+    else if (m_unanswered > 0)
+        m_early.insert(id, std::move(act));
 }
 
 void Notifications::onActionInvoked(uint id, const QString& action)
 {
-    const auto presented = m_presented.constFind(id);
-    if (presented == m_presented.cend() || action != defaultAction)
+    if (action != defaultAction)
         return;
-    const Presented copy = m_presented.value(id); // an observer may forget the notification
-    Q_EMIT clicked(copy.userInfo, copy.activationToken);
+    whenKnown(id, [this, id] {
+        const Presented copy = m_presented.value(id); // an observer may forget the notification
+        Q_EMIT clicked(copy.userInfo, copy.activationToken);
+    });
 }
 
 void Notifications::onActivationToken(uint id, const QString& token)
 {
-    if (const auto presented = m_presented.find(id); presented != m_presented.end())
-        presented->activationToken = token;
+    whenKnown(id, [this, id, token] { m_presented[id].activationToken = token; });
 }
 
 void Notifications::onNotificationClosed(uint id, uint)
 {
-    m_presented.remove(id);
+    whenKnown(id, [this, id] { m_presented.remove(id); });
 }
 
 } // namespace orvia

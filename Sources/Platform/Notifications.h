@@ -61,10 +61,13 @@ private:
     void listen();
     void send(const Notification& notification, const QStringList& capabilities);
     void remember(uint id, const QVariantMap& userInfo);
+    void whenKnown(uint id, std::function<void()> act);
 
     const NotificationSender m_sender;
     const QString m_busConnection;
     QMap<uint, Presented> m_presented;
+    QMultiMap<uint, std::function<void()>> m_early; ///< signals that came before the answer that tells the id
+    int m_unanswered = 0;                           ///< notifications whose id is not known yet
     bool m_isListening = false;
 };
 

@@ -139,6 +139,18 @@ TEST_F(NotificationsTest, OnlyClicksOnItsOwnOpenNotificationsCount)
     EXPECT_EQ(clicks, (QList<std::pair<int, QString>>{{3, u"token"_s}, {1, u""_s}}));
 }
 
+TEST_F(NotificationsTest, AClickMayComeBeforeTheServersAnswer)
+{
+    NotificationServer server(bus, {u"actions"_s});
+    server.isClickedAtOnce = true;
+    present(server, {.title = u"one"_s, .userInfo = {{u"n"_s, 1}}});
+    ASSERT_TRUE(waitUntil([&] { return !clicks.isEmpty(); }));
+    Q_EMIT server.ActionInvoked(2, u"default"_s); // of another program, when nothing is unanswered
+    present(server, {.title = u"two"_s, .userInfo = {{u"n"_s, 2}}});
+    ASSERT_TRUE(waitUntil([&] { return clicks.size() == 2; }));
+    EXPECT_EQ(clicks, (QList<std::pair<int, QString>>{{1, u"token"_s}, {2, u"token"_s}}));
+}
+
 TEST_F(NotificationsTest, ANewServerKnowsNothingOfTheOldOnesNotifications)
 {
     {

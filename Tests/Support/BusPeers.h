@@ -56,6 +56,8 @@ public:
 
     QList<Shown> shown;
     int permissionRequests = 0;
+    /// Whether a notification is clicked before the sender has its number.
+    bool isClickedAtOnce = false;
 
 public Q_SLOTS:
     QString GetServerInformation(QString& vendor, QString& version, QString& specification)
@@ -70,7 +72,12 @@ public Q_SLOTS:
                 const QStringList& actions, const QVariantMap& hints, int timeout)
     {
         shown.append({sender, icon, title, body, actions, hints, timeout});
-        return static_cast<uint>(shown.size());
+        const auto id = static_cast<uint>(shown.size());
+        if (isClickedAtOnce) {
+            Q_EMIT ActivationToken(id, QStringLiteral("token"));
+            Q_EMIT ActionInvoked(id, QStringLiteral("default"));
+        }
+        return id;
     }
 
 Q_SIGNALS:
