@@ -49,7 +49,7 @@ Outcome<Response> responseIn(const NetworkSession::Answer& answer)
     try {
         outcome.answer = decoded<Response>(successfulBody(answer));
         if (!outcome.answer)
-            outcome.failure = APIError(QStringLiteral("Could not decode server response"));
+            outcome.failure.emplace(QStringLiteral("Could not decode server response"));
     } catch (const APIError& error) {
         outcome.failure = error;
     }
