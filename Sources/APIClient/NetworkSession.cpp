@@ -186,12 +186,11 @@ NetworkSession::~NetworkSession()
     Q_EMIT ending(QPrivateSignal());
 }
 
-void NetworkSession::send(QNetworkRequest request, QByteArray method, std::optional<QByteArray> body,
+void NetworkSession::send(const QNetworkRequest& request, QByteArray method, std::optional<QByteArray> body,
                           Receiver receive)
 {
     QMetaObject::invokeMethod(
-        m_exchange, [exchange = m_exchange, request = std::move(request), method = std::move(method),
-                     body = std::move(body),
+        m_exchange, [exchange = m_exchange, request, method = std::move(method), body = std::move(body),
                      receive = std::move(receive)] { exchange->perform(request, method, body, receive); });
 }
 

@@ -105,7 +105,8 @@ private:
     };
 
     /// Calls @p receive on another thread, unless the session ends before.
-    void send(QNetworkRequest request, QByteArray method, std::optional<QByteArray> body, Receiver receive);
+    void send(const QNetworkRequest& request, QByteArray method, std::optional<QByteArray> body,
+              Receiver receive);
     static Answer canceled();
 
     QThread m_thread;
@@ -125,7 +126,7 @@ NetworkSession::perform(QNetworkRequest request, QByteArray method, std::optiona
     auto* const watcher = new QFutureWatcher<std::shared_ptr<Result>>(this);
     watcher->setFuture(promise->future());
     connect(this, &NetworkSession::ending, watcher, &QFutureWatcherBase::finished);
-    send(std::move(request), std::move(method), std::move(body), [promise, read](Answer answer) mutable {
+    send(request, std::move(method), std::move(body), [promise, read](Answer answer) mutable {
         promise->addResult(std::make_shared<Result>(read(std::move(answer))));
         promise->finish();
     });

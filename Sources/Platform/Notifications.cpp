@@ -146,12 +146,12 @@ void Notifications::remember(uint id, const QVariantMap& userInfo)
 
 /// Calls @p act for a notification of this program. The toolkit may hand over a signal before the answer that
 /// the server sent ahead of it.
-void Notifications::whenKnown(uint id, std::function<void()> act)
+void Notifications::whenKnown(uint id, const std::function<void()>& act)
 {
     if (m_presented.contains(id))
         act();
     else if (m_unanswered > 0)
-        m_early.insert(id, std::move(act));
+        m_early.insert(id, act);
 }
 
 void Notifications::onActionInvoked(uint id, const QString& action)

@@ -61,7 +61,7 @@ private:
     void listen();
     void send(const Notification& notification, const QStringList& capabilities);
     void remember(uint id, const QVariantMap& userInfo);
-    void whenKnown(uint id, std::function<void()> act);
+    void whenKnown(uint id, const std::function<void()>& act);
 
     const NotificationSender m_sender;
     const QString m_busConnection;
