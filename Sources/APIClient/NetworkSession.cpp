@@ -55,6 +55,14 @@ QSharedPointer<char> bufferOf(const QNetworkReply& reply)
     return reply.attribute(QNetworkRequest::DownloadBufferAttribute).value<QSharedPointer<char>>();
 }
 
+/// Whether the connection ended before an answer began. A service may close a connection that it has no use
+/// for at the moment in which the next request is sent on it.
+bool isUnanswered(const QNetworkReply& reply)
+{
+    return reply.error() == QNetworkReply::RemoteHostClosedError
+           && !reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+}
+
 /// A request under way.
 struct Transfer {
     explicit Transfer(QNetworkReply* answering)
@@ -81,6 +89,9 @@ public:
                  const std::optional<QByteArray>& body, const Receiver& receive);
 
 private:
+    /// @p mayRepeat says whether the request is sent once more when it stays unanswered.
+    void attempt(const QNetworkRequest& request, const QByteArray& method,
+                 const std::optional<QByteArray>& body, const Receiver& receive, bool mayRepeat);
     QNetworkAccessManager& manager();
     QNetworkReply* start(const QNetworkRequest& request, const QByteArray& method,
                          const std::optional<QByteArray>& body);
@@ -96,10 +107,22 @@ void NetworkSession::Exchange::perform(const QNetworkRequest& request, const QBy
 {
     QNetworkRequest buffered = request;
     buffered.setAttribute(QNetworkRequest::MaximumDownloadBufferSizeAttribute, largestReservation);
-    const auto transfer = std::make_shared<Transfer>(start(buffered, method, body));
+    // Only what changes nothing: whether the service has acted on the request is not known (RFC 9110, 9.2.2).
+    attempt(buffered, method, body, receive, method == "GET");
+}
+
+void NetworkSession::Exchange::attempt(const QNetworkRequest& request, const QByteArray& method,
+                                       const std::optional<QByteArray>& body, const Receiver& receive,
+                                       bool mayRepeat)
+{
+    const auto transfer = std::make_shared<Transfer>(start(request, method, body));
     connect(transfer->reply, &QNetworkReply::readyRead, this, [this, transfer] { receivePart(*transfer); });
-    connect(transfer->reply, &QNetworkReply::finished, this, [transfer, receive] {
+    connect(transfer->reply, &QNetworkReply::finished, this, [=, this] {
         transfer->reply->deleteLater();
+        if (mayRepeat && isUnanswered(*transfer->reply)) {
+            attempt(request, method, body, receive, false);
+            return;
+        }
         Answer answer = finish(*transfer);
         if (answer.body.bytes().size() < workerThreshold)
             receive(std::move(answer));

@@ -138,6 +138,26 @@ TEST_F(Request, TellsTransportFailuresWithoutAStatus)
         << refused.errorMessage().toStdString();
 }
 
+/// A connection that ends before the answer is made anew by the toolkit, a few times. When that was not
+/// enough, what changes nothing is asked once more, and nothing else.
+TEST_F(Request, IsRepeatedOnceUnansweredWhenItChangesNothing)
+{
+    service.always("POST", "/v1/agent/conversations/c1/mute", ScriptedAnswer::reset());
+    EXPECT_TRUE(runTask(client().setMuted(u"c1"_s, true)).error);
+    const std::size_t attempts = service.requests().size();
+
+    const ScriptedAnswer whole = ScriptedAnswer::json("{\"teammates\":[]}");
+    for (const std::size_t unanswered : {attempts, 2 * attempts}) {
+        NetworkSession fresh;
+        std::size_t asked = 0;
+        service.always("GET", "/v1/agent/teammates", [&](const ReceivedRequest&) {
+            return asked++ < unanswered ? ScriptedAnswer::reset() : whole;
+        });
+        const auto outcome = runTask(APIClient(service.url(), {}, &fresh).teammates());
+        EXPECT_EQ(outcome.error.has_value(), unanswered > attempts) << asked;
+    }
+}
+
 TEST_F(Request, RefusesACertificateThatNobodyVouchesFor)
 {
     ScriptedService secure(ScriptedService::Transport::selfSigned);

@@ -225,8 +225,8 @@ TEST_F(FaultyAnswersTest, ThatNeverComeAreGivenUp)
         {"a head", raw("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n", Ending::stall)},
         {"half a body", raw("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n{", Ending::stall)},
         {"half a refusal", raw("HTTP/1.1 500 Oh\r\nContent-Length: 9\r\n\r\n{", Ending::stall)},
-        {"a head of a hundred thousand bytes",
-         ScriptedAnswer::rawBytes("HTTP/1.1 200 OK\r\nX: " + QByteArray(100'000, 'x'), Ending::stall)},
+        {"a head of ten thousand bytes",
+         ScriptedAnswer::rawBytes("HTTP/1.1 200 OK\r\nX: " + QByteArray(10'000, 'x'), Ending::stall)},
     };
     for (const auto& [name, answer] : stalls) {
         SCOPED_TRACE(name);
