@@ -3,11 +3,11 @@
 #include "Session/SessionFixture.h"
 #include "Views/ConversationDetailView/Composer/ComposerField.h"
 #include "Views/ConversationDetailView/Composer/MessageComposer.h"
-#include "Views/ConversationDetailView/Composer/SuggestionList.h"
 #include "Views/ConversationDetailView/ConversationComposer.h"
 #include "Views/Widgets/Button.h"
 
 #include <QTest>
+#include <QVBoxLayout>
 
 namespace orvia::test {
 
@@ -18,34 +18,47 @@ protected:
     static constexpr const char* messagesPath = "/v1/agent/conversations/c1/messages";
     static constexpr const char* attachmentsPath = "/v1/agent/conversations/c1/attachments";
 
-    ComposerFixture();
-    ~ComposerFixture() override;
+    ComposerFixture()
+    {
+        teammates = {self, makeAgent(u"a2"_s, u"Anna Berg"_s), makeAgent(u"a3"_s, u"Joanna Reyes"_s),
+                     makeAgent(u"a4"_s, u"Zoe Quist"_s, AgentRole::agent, QStringList{u"p2"_s})};
+    }
+    ~ComposerFixture() override { window.reset(); }
 
     /// Signs in and shows the composer.
-    void open();
+    void open()
+    {
+        scriptInbox({makeConversation(u"c1"_s)});
+        connectLive();
+        window = std::make_unique<QWidget>();
+        elsewhere = new QPushButton(window.get());
+        composer = new ConversationComposer(*session, u"c1"_s, window.get());
+        auto* column = new QVBoxLayout(window.get());
+        column->setContentsMargins({});
+        column->addWidget(elsewhere);
+        column->addStretch();
+        column->addWidget(composer);
+        window->resize(550, 700);
+        window->show();
+        window->activateWindow();
+        QCoreApplication::processEvents();
+        composer->focusField();
+    }
     void type(const QString& text) { QTest::keyClicks(&field(), text); }
-    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {});
-    void click(QWidget& widget) { QTest::mouseClick(&widget, Qt::LeftButton); }
+    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+    }
+    static void click(QWidget& widget) { QTest::mouseClick(&widget, Qt::LeftButton); }
 
     ComposerField& field() { return composer->messageComposer()->field(); }
     QString text() { return composer->messageComposer()->text(); }
     /// The button with this object name.
     BusyButton& button(const QString& name) { return *composer->findChild<BusyButton*>(name); }
-    /// The rows on show as "lead", from top to bottom; a row of which nothing is seen is left out.
-    QStringList rows();
-    SuggestionRow& row(int index);
-    /// The previews that went out as typing frames.
-    QStringList previews();
-    /// Member @p key of the JSON body of message request @p index; undefined without it.
-    QJsonValue sent(const QString& key, std::size_t index = 0);
-    /// Lets the next message be accepted.
-    void acceptMessage(const QString& id = u"m1"_s);
 
     std::unique_ptr<QWidget> window;
     QPushButton* elsewhere = nullptr;
     ConversationComposer* composer = nullptr; ///< belongs to the window
 };
-
-CannedResponse makeCanned(const QString& shortcut, const QString& body);
 
 } // namespace orvia::test
