@@ -3,121 +3,79 @@
 #include "Views/ConversationDetailView/ConversationActions.h"
 #include "Views/ConversationDetailView/ConversationComposer.h"
 #include "Views/ConversationDetailView/ConversationHeader.h"
-#include "Views/ConversationDetailView/TranscriptRules.h"
-#include "Views/Widgets/Button.h"
+
+#include <QLabel>
 
 namespace orvia::test {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::Contains;
 using testing::ElementsAre;
-using testing::Not;
+using testing::IsEmpty;
 
-class ActionsTest : public DetailFixture {
+class HeaderTest : public DetailFixture {
 protected:
-    /// The menu as it reads: sections in brackets, "-" for a line, items as they stand in the menu.
-    QStringList menuTexts()
+    /// The texts that can be seen in a part of the column.
+    template <class Area>
+    QStringList texts()
     {
-        view->actionsMenu().populate();
-        QStringList texts;
-        for (const QAction* action : view->actionsMenu().actions()) {
-            if (action->isSeparator())
-                texts.append(action->text().isEmpty() ? u"-"_s : u"["_s + action->text() + u"]"_s);
-            else
-                texts.append(action->text());
+        QStringList found;
+        for (const QLabel* label : view->findChild<Area*>()->template findChildren<QLabel*>()) {
+            if (label->isVisible())
+                found.append(label->text());
         }
-        return texts;
-    }
-
-    void choose(const QString& text)
-    {
-        view->actionsMenu().populate();
-        for (QAction* action : view->actionsMenu().actions()) {
-            if (action->text() == text)
-                return action->trigger();
-        }
-        FAIL() << "no item " << text.toStdString();
+        return found;
     }
 };
 
-TEST_F(ActionsTest, offersTheOppositeOfWhatIs)
+TEST_F(HeaderTest, dropsTheSnoozeWhenItsTimeIsOver)
 {
-    conversation.assigneeId = u"a1"_s;
-    conversation.snoozedUntil = clock + 1h;
-    conversation.status = ConversationStatus::closed;
-    self.mutedConversationIds = QStringList{u"c1"_s};
-    signInWith(conversation, {});
+    signInWith({});
     open();
-    EXPECT_THAT(menuTexts(),
-                ElementsAre(u"[Assign]"_s, u"Unassign"_s, u"Assign to Dana Whitfield"_s, u"-"_s,
-                            u"[Snooze]"_s, u"Snooze Until Tomorrow Morning"_s, u"Snooze for 3 Days"_s,
-                            u"Unsnooze"_s, u"-"_s, u"Unmute"_s, u"Reopen Conversation"_s));
-    clock += 1h;
-    EXPECT_THAT(menuTexts(), Not(Contains(u"Unsnooze"_s)));
-}
-
-TEST_F(ActionsTest, sendsWhatWasChosen)
-{
-    const QTimeZone zone = QTimeZone::systemTimeZone();
-    const auto until = [](Instant instant) {
-        return "{\"until\":\"" + QByteArray::fromStdString(iso8601FromInstant(instant)) + "\"}";
-    };
-    const struct {
-        QString item;
-        QByteArray path;
-        QByteArray body;
-    } choices[] = {
-        {u"Assign to Me"_s, "/assign", R"({"agentId":"a1"})"},
-        {u"Assign to Mara Ellison"_s, "/assign", R"({"agentId":"a1"})"},
-        {u"Unassign"_s, "/assign", R"({"agentId":null})"},
-        {u"Snooze Until Tomorrow Morning"_s, "/snooze", until(TranscriptRules::tomorrowMorning(clock, zone))},
-        {u"Snooze for 3 Days"_s, "/snooze", until(TranscriptRules::threeDaysOut(clock, zone))},
-        {u"Unsnooze"_s, "/snooze", R"({"until":null})"},
-        {u"Mute Notifications"_s, "/mute", R"({"muted":true})"},
-        {u"Close Conversation"_s, "/close", ""},
-    };
-    conversation.assigneeId = u"a2"_s;
-    conversation.snoozedUntil = clock + 1h;
-    signInWith(conversation, {});
-    open();
-    for (const auto& choice : choices) {
-        SCOPED_TRACE(choice.item.toStdString());
-        const QByteArray path = "/v1/agent/conversations/c1" + choice.path;
-        const std::size_t before = service.requests("POST", path).size();
-        service.answer("POST", path, answerOf(ConversationResponse{conversation}));
-        choose(choice.item);
-        ASSERT_TRUE(waitUntil([&] { return service.requests("POST", path).size() > before; }));
-        EXPECT_EQ(bodyOf(service.requests("POST", path), before), choice.body);
-        settle();
-    }
-}
-
-TEST_F(ActionsTest, opensUnderItsButtonAndTakesTheKeyboard)
-{
-    signInWith(conversation, {});
-    open();
-    IconButton* button = view->findChild<ConversationTitleBand*>()->moreActionsButton();
-    button->setFocus(Qt::TabFocusReason);
-    button->click();
+    conversation.snoozedUntil = clock + 40ms;
+    deliver(conversation);
     settle();
-    EXPECT_TRUE(view->actionsMenu().isVisible());
-    EXPECT_TRUE(button->isDown());
-    ASSERT_TRUE(view->actionsMenu().activeAction()) << "the arrow keys go on from here";
-    EXPECT_EQ(view->actionsMenu().activeAction()->text(), u"Assign to Me"_s);
-    view->actionsMenu().close();
-    settle();
-    EXPECT_FALSE(button->isDown());
+    EXPECT_EQ(texts<ConversationHeaderBar>().size(), 2);
+    clock += 41ms;
+    EXPECT_TRUE(waitUntil([&] { return texts<ConversationHeaderBar>().size() == 1; }));
+    view->actionsMenu().populate();
+    for (const QAction* action : view->actionsMenu().actions())
+        EXPECT_NE(action->text(), u"Unsnooze"_s);
 }
 
-TEST_F(ActionsTest, handsAPickedFileToTheComposer)
+TEST_F(HeaderTest, showsAnUnknownConversationWithoutHeaderAndMenu)
 {
-    signInWith(conversation, {});
+    scriptInbox({});
+    signIn();
+    service.always("GET", threadPath, refusal(404, "Not found"));
+    view = std::make_unique<ConversationDetailView>(*session, u"c1"_s);
+    view->show();
+    EXPECT_TRUE(waitUntil([&] { return session->banner().has_value(); }));
+    receive(makeMessage(u"m1"_s, u"c1"_s));
+    EXPECT_THAT(texts<ConversationTitleBand>(), ElementsAre(u"Conversation"_s));
+    EXPECT_FALSE(view->findChild<ConversationHeaderBar*>()->isVisible());
+    EXPECT_THAT(spokenRows(), ElementsAre(u"Hello"_s));
+    EXPECT_THAT(service.requests("GET", "/v1/agent/canned"), IsEmpty());
+}
+
+TEST_F(HeaderTest, nothingThatItStartedNeedsTheColumnLater)
+{
+    signInWith({});
     open();
     Q_EMIT view->composer().attachRequested();
     ASSERT_TRUE(picked);
     view.reset();
     picked(QUrl(u"file:///tmp/late.txt"_s));
+
+    const auto held = service.hold("GET", threadPath);
+    view = std::make_unique<ConversationDetailView>(*session, conversation.id);
+    view->show();
+    EXPECT_TRUE(waitUntil([&] { return held->isWaiting(); }));
+    view.reset();
+    held->answer(answerOf(ConversationDetailResponse{conversation, {{makeMessage(u"m1"_s, u"c1"_s)}}}));
+    EXPECT_TRUE(waitUntil([&] { return session->messages().contains(u"c1"_s, u"m1"_s); }));
+    settle();
+    EXPECT_EQ(service.requests("GET", "/v1/agent/canned").size(), 1U);
 }
 
 } // namespace
