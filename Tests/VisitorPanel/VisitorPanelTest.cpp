@@ -221,7 +221,6 @@ TEST_F(PanelFixture, KeepsRelativeTimesTrue)
     showPanel();
     EXPECT_THAT(lines(), Contains(u"Started now"_s));
     clock += 90s;
-    EXPECT_THAT(lines(), Contains(u"Started now"_s));
     EXPECT_TRUE(waitUntil([this] { return lines().contains(u"Started 2 minutes ago"_s); }));
     EXPECT_EQ(only<JourneyRow>(u"Page"_s)->accessibleDescription(), u"3 minutes ago"_s);
 }
