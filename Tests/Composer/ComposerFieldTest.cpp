@@ -126,20 +126,8 @@ TEST_F(ComposerFieldTest, AReturnWithinACompositionBelongsToTheInputMethod)
 
 TEST_F(ComposerFieldTest, PastesPlainTextWithOneKindOfLineBreak)
 {
-    const struct {
-        QString pasted;
-        QString text;
-    } table[] = {
-        {u"a\r\nb"_s, u"a\nb"_s},
-        {u"a\u2028b"_s, u"a\nb"_s},
-        {u"10\u00a0000\u202f€"_s, u"10\u00a0000\u202f€"_s},
-        {u"<b>a</b> & b"_s, u"<b>a</b> & b"_s},
-    };
-    for (const auto& [pasted, text] : table) {
-        field.setText({});
-        paste(pasted);
-        EXPECT_EQ(field.text(), text);
-    }
+    paste(u"a\r\nb\u2028<b>10\u00a0000\u202f€</b> & c"_s);
+    EXPECT_EQ(field.text(), u"a\nb\n<b>10\u00a0000\u202f€</b> & c"_s);
     EXPECT_FALSE(field.textCursor().charFormat().hasProperty(QTextFormat::FontWeight));
 }
 

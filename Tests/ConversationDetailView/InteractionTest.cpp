@@ -107,16 +107,7 @@ TEST_F(InteractionTest, selectsAndCopiesByKeyboard)
     press(Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(copied(), u"four\nfive"_s);
 
-    // The selection stays when messages arrive, and goes with its message.
-    transcript().select(0, {4, 7});
-    receive(makeMessage(u"d"_s, u"c1"_s));
-    EXPECT_EQ(copied(), u"two"_s);
-    reload({makeMessage(u"z"_s, u"c1"_s)});
-    EXPECT_TRUE(transcript().selection().isEmpty());
-}
-
-TEST_F(InteractionTest, copiesAWholeTextOfWhichABeginningShows)
-{
+    // The whole text is copied, however little of it shows.
     transcript().setCurrent({2, Part::body});
     ASSERT_TRUE(transcript().rowLayout(2)->body()->isCut());
     press(Qt::Key_A, Qt::ControlModifier);
@@ -125,6 +116,13 @@ TEST_F(InteractionTest, copiesAWholeTextOfWhichABeginningShows)
     ASSERT_TRUE(transcript().rowLayout(2)->body()->isCut());
     transcript().activate({2, Part::showMore});
     EXPECT_FALSE(transcript().rowLayout(2)->body()->isCut());
+
+    // The selection stays when messages arrive, and goes with its message.
+    transcript().select(0, {4, 7});
+    receive(makeMessage(u"d"_s, u"c1"_s));
+    EXPECT_EQ(copied(), u"two"_s);
+    reload({makeMessage(u"z"_s, u"c1"_s)});
+    EXPECT_TRUE(transcript().selection().isEmpty());
 }
 
 } // namespace
