@@ -30,6 +30,8 @@ protected:
         second.name = u"Halden & Cycles"_s;
         second.slug = u"halden"_s;
         products.push_back(second);
+        for (const QString& id : {u"k1"_s, u"k2"_s, u"k3"_s, u"k4"_s, u"k5"_s})
+            canned.push_back(makeCanned(id));
         service.always("GET", agentsPath,
                        [this](const ReceivedRequest&) { return answerOf(AgentsResponse{{teammates}}); });
         service.always("GET", productsPath,
@@ -40,9 +42,9 @@ protected:
     }
     ~AdminFixture() override { window.reset(); }
 
-    /// The screen as the settings show it, without waiting for its list.
+    /// The screen as the settings show it, once its list is loaded.
     template <class View>
-    View& push()
+    View& show()
     {
         if (!session)
             signIn();
@@ -57,15 +59,9 @@ protected:
         settings->open();
         auto* view = new View(*session, settings);
         settings->pushPage(view->title(), view, view->trailingButton());
-        return *view;
-    }
-    template <class View>
-    View& show()
-    {
-        View& view = push<View>();
-        EXPECT_TRUE(waitUntil([&] { return !view.records().empty(); }));
+        EXPECT_TRUE(waitUntil([&] { return !view->records().empty(); }));
         settle();
-        return view;
+        return *view;
     }
     /// Lets what waits for the event loop, and the slide of a page, come to an end.
     static void settle() { spinFor(std::chrono::milliseconds(20)); }
@@ -119,24 +115,19 @@ protected:
         return found;
     }
 
+    static CannedResponse makeCanned(const QString& id)
+    {
+        CannedResponse response;
+        response.id = id;
+        response.shortcut = id + u"-short"_s;
+        response.body = u"Body of "_s + id;
+        return response;
+    }
+    static ScriptedAnswer accepted() { return ScriptedAnswer::json("{}"); }
+
     std::vector<CannedResponse> canned;
     std::unique_ptr<QWidget> window;
     Sheet* settings = nullptr; ///< belongs to the window
 };
-
-inline CannedResponse makeCanned(const QString& id, const std::optional<QString>& productId = {})
-{
-    CannedResponse response;
-    response.id = id;
-    response.shortcut = id + u"-short"_s;
-    response.body = u"Body of "_s + id;
-    response.productId = productId;
-    return response;
-}
-
-inline ScriptedAnswer accepted()
-{
-    return ScriptedAnswer::json("{}");
-}
 
 } // namespace orvia::test
