@@ -8,20 +8,10 @@ namespace {
 
 class AdminForms : public AdminFixture {
 protected:
-    template <class View>
-    void create()
-    {
-        openCreate(show<View>());
-    }
-    template <class View>
-    void edit()
-    {
-        openEdit(show<View>());
-    }
     void editProduct(std::optional<WidgetConfig> widget)
     {
         products.front().widget = std::move(widget);
-        edit<AdminProductsView>();
+        openEdit(show<AdminProductsView>());
     }
     /// Confirms the form, which sends this and closes.
     void expectSent(const QByteArray& method, const QByteArray& path, const QByteArray& body)
@@ -47,7 +37,7 @@ protected:
 
 TEST_F(AdminForms, SendExactlyWhatTheyHold)
 {
-    create<AdminAgentsView>();
+    openCreate(show<AdminAgentsView>());
     fillNewAgent();
     choose(u"Role"_s, 1);
     for (const QString& name : {u"Larkspur Coffee"_s, u"Halden & Cycles"_s, u"Larkspur Coffee"_s})
@@ -57,18 +47,18 @@ TEST_F(AdminForms, SendExactlyWhatTheyHold)
         R"({"name":" Lena ","email":"lena@x","password":"s3cret \"x\"","role":"admin","productIds":["p2"]})");
 
     teammates.front().role = AgentRole::admin;
-    edit<AdminAgentsView>();
+    openEdit(show<AdminAgentsView>());
     control<Switch>(u"Larkspur Coffee"_s).click();
     expectSent("PATCH", "/v1/admin/agents/a1", R"({"productIds":[],"role":"admin"})");
 
     // Products that the console does not know stay.
     teammates.front().productIds = QStringList{u"p9"_s, u"p1"_s, u"p9"_s};
-    edit<AdminAgentsView>();
+    openEdit(show<AdminAgentsView>());
     fill(u"New password (optional)"_s, u" "_s);
     choose(u"Role"_s, 0);
     expectSent("PATCH", "/v1/admin/agents/a1", R"({"productIds":["p9","p1"],"role":"agent","password":" "})");
 
-    create<AdminProductsView>();
+    openCreate(show<AdminProductsView>());
     fill(u"Name"_s, u"Fern & Co"_s);
     fill(u"Slug"_s, u" fern "_s);
     expectSent("POST", productsPath, R"({"name":"Fern & Co","slug":" fern "})");
@@ -103,7 +93,7 @@ TEST_F(AdminForms, SendExactlyWhatTheyHold)
 
     // A response for every product, and one for the second product.
     for (const auto& [row, member] : {std::pair(0, ""), std::pair(2, R"(,"productId":"p2")")}) {
-        create<AdminCannedView>();
+        openCreate(show<AdminCannedView>());
         fill(u"Shortcut"_s, u" hi"_s);
         fill(u"Body"_s, u"Hello "_s);
         choose(u"Product"_s, row);
@@ -125,13 +115,13 @@ TEST_F(AdminForms, AreNotSentWhileSomethingIsMissing)
         fill(labels.back(), u" "_s);
         EXPECT_TRUE(form()->confirmButton()->isEnabled());
     };
-    create<AdminAgentsView>();
+    openCreate(show<AdminAgentsView>());
     expectEachNeeded({u"Name"_s, u"Email"_s, u"Password"_s});
-    create<AdminProductsView>();
+    openCreate(show<AdminProductsView>());
     expectEachNeeded({u"Name"_s, u"Slug"_s});
-    create<AdminCannedView>();
+    openCreate(show<AdminCannedView>());
     expectEachNeeded({u"Shortcut"_s, u"Body"_s});
-    edit<AdminProductsView>();
+    openEdit(show<AdminProductsView>());
     expectEachNeeded({u"Name"_s});
 }
 
@@ -160,14 +150,6 @@ TEST_F(AdminForms, AFailureLeavesTheFormWithItsInput)
     EXPECT_EQ(field(u"Password"_s).text(), u"s3cret \"x\""_s);
     EXPECT_EQ(count("POST", agentsPath), 1u);
     EXPECT_EQ(count("GET", agentsPath), loads);
-
-    // The focus that the agent moved meanwhile stays where it is.
-    const auto again = service.hold("POST", agentsPath);
-    QTest::keyClick(confirm, Qt::Key_Return);
-    field(u"Email"_s).setFocus(Qt::TabFocusReason);
-    again->answer(refusal(500, "no"));
-    ASSERT_TRUE(waitUntil([&] { return !sheet->isWorking(); }));
-    EXPECT_TRUE(field(u"Email"_s).hasFocus());
 }
 
 TEST_F(AdminForms, CloseOnceTheListHasBeenLoadedAnew)
@@ -216,14 +198,13 @@ TEST_F(AdminForms, SurviveWhatGoesAwayWhileTheySend)
             }
             held->answer(succeeds ? accepted() : refusal(400, "refused"));
             // Whoever is left hears of the end.
+            const std::size_t expected = loads + (succeeds && gone == Gone::theSheet ? 1 : 0);
             EXPECT_TRUE(waitUntil([&] {
-                if (!succeeds)
-                    return !session || session->banner() == u"refused"_s;
-                const bool reloads = gone == Gone::theSheet;
-                return count("GET", agentsPath) == loads + (reloads ? 1 : 0)
-                       && (!sheet || !sheet->isWorking());
+                return (succeeds || !session || session->banner() == u"refused"_s)
+                       && (!sheet || !sheet->isWorking()) && count("GET", agentsPath) >= expected;
             }));
             settle();
+            EXPECT_EQ(count("GET", agentsPath), expected);
             window.reset();
         }
     }

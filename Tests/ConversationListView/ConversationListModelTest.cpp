@@ -145,19 +145,6 @@ TEST_F(ConversationListModelTest, TellsOfEachEventNoMoreThanItChanges)
     EXPECT_EQ(toldBy(fillTheInbox), std::tuple(0, 0, 0, 0, 1)) << "a burst over the whole inbox is one reset";
 }
 
-TEST_F(ConversationListModelTest, FollowsAReloadAndTheSignOutAtOnce)
-{
-    sessionWith({makeConversation(u"old"_s)});
-    ConversationListModel model(*session);
-    scriptInbox({makeConversation(u"x"_s, 3), makeConversation(u"y"_s, 2)});
-    runTask(session->refreshConversations());
-    EXPECT_THAT(idsOf(model), ElementsAre(u"y"_s, u"x"_s));
-    deliverMessage(u"x"_s, minutesAgo(0));
-    session->logout();
-    EXPECT_EQ(model.rowCount(), 0);
-    EXPECT_FALSE(model.hasPendingChanges());
-}
-
 TEST_F(ConversationListModelTest, BringsARowBackWhenItsSnoozeEnds)
 {
     Conversation soon = makeConversation(u"soon"_s);

@@ -1,13 +1,7 @@
 #pragma once
 
 #include "Session/SessionFixture.h"
-#include "Theme/Theme.h"
 #include "Views/ConversationListView/ConversationListModel.h"
-#include "Views/ConversationListView/ConversationListView.h"
-
-#include <QApplication>
-#include <QStackedWidget>
-#include <QTest>
 
 namespace orvia::test {
 
@@ -43,24 +37,10 @@ protected:
     /// The conversation as the session has it, to be changed and delivered.
     Conversation known(const QString& id) const { return *session->conversations().find(id); }
 
-    /// The inbox column in a window of its own.
-    void showColumn()
-    {
-        Theme::shared().apply(*qApp);
-        view = std::make_unique<ConversationListView>(*session);
-        view->resize(320, 700);
-        view->show();
-        QApplication::setActiveWindow(view.get());
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(view.get()));
-    }
-    QString shownPage() const { return view->findChild<QStackedWidget*>()->currentWidget()->objectName(); }
-
     static QString idAt(const QModelIndex& index)
     {
         return index.data(ConversationListModel::conversationIdRole).toString();
     }
-
-    std::unique_ptr<ConversationListView> view;
 
 private:
     int m_messages = 0;

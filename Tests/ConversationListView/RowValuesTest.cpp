@@ -1,11 +1,8 @@
 #include "InboxFixture.h"
 #include "Views/ConversationListView/ConversationRow.h"
-#include "Views/ConversationListView/RowText.h"
 #include "Views/ConversationListView/SearchResultRow.h"
 #include "Views/ConversationListView/SnippetLayout.h"
 #include "Views/ConversationListView/TimeTick.h"
-
-#include <QPainter>
 
 namespace orvia::test {
 
@@ -45,24 +42,6 @@ TEST_F(RowValuesTest, SpeakEverythingThatARowShowsAndNothingElse)
     nameless.conversation.visitor.name.clear();
     EXPECT_EQ(SearchResultRow::of(*session, nameless).accessibleText(*full.lastMessageAt + 3min),
               u"Visitor, 3 minutes ago, a refund please, Larkspur Coffee"_s);
-}
-
-TEST(RowTextTest, ShowsATextWholeInTheWidthItAsksFor)
-{
-    const QFont font = Theme::font(TextRole::caption);
-    const auto painted = [&](const QString& text, int available) {
-        QImage image(400, 20, QImage::Format_RGB32);
-        image.fill(Qt::white);
-        QPainter painter(&image);
-        EXPECT_LE(paintRowText(painter, {0, 0, available, 20}, text, font, Qt::black, Qt::LeftToRight),
-                  available);
-        return image;
-    };
-    for (const QString& text : {u"5/5"_s, u"26 minutes ago"_s, u"yesterday"_s, u"DE"_s}) {
-        const int width = QFontMetrics(font).horizontalAdvance(text);
-        EXPECT_EQ(painted(text, 400), painted(text, width)) << text.toStdString();
-        EXPECT_NE(painted(text, 400), painted(text, width / 2)) << text.toStdString();
-    }
 }
 
 TEST(SnippetLayoutTest, HasTwoLinesAtMostAndMarksTheHits)
