@@ -3,9 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include <QStringList>
-#include <QTextBoundaryFinder>
-
 namespace orvia::test {
 namespace {
 
@@ -17,10 +14,9 @@ TEST(ShownText, IsOneLineWithoutWhatTurnsOrHidesTheRest)
         QString text;
         QString line;
     } cases[] = {
-        {u"Helen Brandt"_s, u"Helen Brandt"_s},
         {u" two\r\nlines\tand\u2028<b>markup</b>\u2029&amp; "_s, u"two lines and <b>markup</b> &amp;"_s},
-        {u"photo\u202Egnp.exe"_s, u"photognp.exe"_s},
-        {u"\u202A\u202B\u202C\u202D\u2066\u2067\u2068Dana\u2069"_s, u"Dana"_s},
+        {u"photo\u202Egnp.exe \u202A\u202B\u202C\u202D\u2066\u2067\u2068Dana\u2069"_s,
+         u"photognp.exe Dana"_s},
         {u"a\u0000b\u0007c\u0085d\u009Fe\u007F"_s, u"abc de"_s},
         {QString(19'000, u'\u200B') + u"seen"_s, u"seen"_s},
         {u"\uFEFF\u2060\u00ADco\u00ADop\u3164"_s, u"coop"_s},
@@ -29,12 +25,9 @@ TEST(ShownText, IsOneLineWithoutWhatTurnsOrHidesTheRest)
         // What languages need stays: marks, joiners, direction marks, emoji sequences, flags of regions.
         {u"שָׁלוֹם עולם"_s, u"שָׁלוֹם עולם"_s},
         {u"نمی\u200Cخواهم \u200F(C++)\u200F"_s, u"نمی\u200Cخواهم \u200F(C++)\u200F"_s},
-        {u"👩🏽‍🚀👨‍👩‍👧‍👦🇩🇪"_s,
-         u"👩🏽‍🚀👨‍👩‍👧‍👦🇩🇪"_s},
         {u"🏴\U000E0067\U000E0062\U000E0065\U000E006E\U000E0067\U000E007F"_s,
          u"🏴\U000E0067\U000E0062\U000E0065\U000E006E\U000E0067\U000E007F"_s},
         {u"\u0600١٢"_s, u"\u0600١٢"_s},
-        {QString(), QString()},
     };
     for (const auto& one : cases)
         EXPECT_EQ(shownLine(one.text), one.line) << one.text.left(60).toStdString();
@@ -62,21 +55,6 @@ TEST(ShownText, ShowsWhatKindOfFileItIs)
         const QString shown = shownFileName(u"photo.png"_s + stuffing + u".exe"_s);
         EXPECT_LE(shown.size(), longestShownLine);
         EXPECT_TRUE(shown.startsWith("photo.png"_L1) && shown.endsWith(".exe"_L1)) << shown.toStdString();
-    }
-}
-
-TEST(ShownText, FoldsToolTips)
-{
-    const QString address = u"https://shop.example/catalogue?colour=red&size=medium"_s;
-    EXPECT_EQ(shownToolTip(address), address);
-    for (const QString& text :
-         {QString(100'000, u'W'), u"one two three "_s.repeated(9'000), u"😀"_s.repeated(9'000)}) {
-        const QStringList lines = shownToolTip(text).split(u'\n');
-        EXPECT_LE(lines.size(), 8);
-        for (const QString& line : lines) {
-            EXPECT_LE(line.size(), 100);
-            EXPECT_FALSE(line.back().isHighSurrogate());
-        }
     }
 }
 
