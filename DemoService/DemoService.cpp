@@ -122,36 +122,21 @@ void DemoService::clearJournal()
     m_frames.clear();
 }
 
-void DemoService::failNext(const QString& pathPart, std::optional<Answer> answer, int times)
-{
-    m_failures.push_back({pathPart, std::move(answer), times});
-}
-
 void DemoService::startServer()
 {
     m_server = std::make_unique<HTTPServer>();
     m_server->onRequest = [this](Request request) { return answer(std::move(request)); };
-    m_server->mayUpgrade = [this](const QString& token) {
-        return !m_refusesChannels && m_store.accountByToken(token);
-    };
+    m_server->mayUpgrade = [this](const QString& token) { return m_store.accountByToken(token) != nullptr; };
     m_server->onUpgrade = [this](std::unique_ptr<QWebSocket> socket, const QString& token) {
         if (const Account* account = m_store.accountByToken(token))
             m_live.add(std::move(socket), account->agent.id);
     };
 }
 
-std::optional<Answer> DemoService::answer(Request request)
+Answer DemoService::answer(Request request)
 {
     if (m_options.keepsJournal)
         note(m_requests, request);
-    for (auto failure = m_failures.begin(); failure != m_failures.end(); ++failure) {
-        if (!request.path.contains(failure->pathPart))
-            continue;
-        const std::optional<Answer> answer = failure->answer;
-        if (--failure->times == 0)
-            m_failures.erase(failure);
-        return answer;
-    }
     return m_router->answer(std::move(request));
 }
 

@@ -35,8 +35,7 @@ struct Options {
 };
 
 /// The service's side of the wire contract on 127.0.0.1, in memory. Tests start it in their own process, act
-/// as visitors and teammates through @c desk, break it through @c failNext and read back what it was asked.
-/// Main thread.
+/// as visitors and teammates through @c desk and read back what it was asked. Main thread.
 class DemoService : public QObject {
     Q_OBJECT
 
@@ -82,28 +81,12 @@ public:
     const std::deque<Frame>& frames() const { return m_frames; }
     void clearJournal();
 
-    // Breaking it
-
-    /// The next @p times requests whose path contains @p pathPart get @p answer; none closes the connection,
-    /// after which an HTTP client may ask again by itself.
-    void failNext(const QString& pathPart, std::optional<Answer> answer, int times = 1);
-    /// Forgets the failures that have not happened yet.
-    void repair() { m_failures.clear(); }
     /// While true, requests are carried out but not answered.
     void holdAnswers(bool hold) { m_server->setHolding(hold); }
-    std::size_t heldAnswers() const { return m_server->heldCount(); }
-    /// While true, live channels are refused.
-    void refuseChannels(bool refuse) { m_refusesChannels = refuse; }
 
 private:
-    struct Failure {
-        QString pathPart;
-        std::optional<Answer> answer;
-        int times;
-    };
-
     void startServer();
-    std::optional<Answer> answer(Request request);
+    Answer answer(Request request);
     void receive(const QString& agentId, const QByteArray& frame);
     void greet(const QString& agentId);
 
@@ -117,10 +100,8 @@ private:
     std::unique_ptr<ScriptedLife> m_life;
     std::unique_ptr<LoadGenerator> m_load;
     quint16 m_port = 0;
-    bool m_refusesChannels = false;
     std::deque<Request> m_requests;
     std::deque<Frame> m_frames;
-    std::vector<Failure> m_failures;
 };
 
 } // namespace orvia::demo

@@ -71,16 +71,12 @@ bool HTTPServer::handleRequest(const QHttpServerRequest& request, QTcpSocket* so
     if (isUpgrade(request))
         return mayUpgrade(tokenOf(request.url()));
 
-    const std::optional<Answer> answer = onRequest(requestFrom(request));
-    if (!answer) {
-        socket->abort();
-        return true;
-    }
+    Answer answer = onRequest(requestFrom(request));
     QHttpServerResponder responder = makeResponder(request, socket);
     if (m_holding)
-        m_held.push_back({socket, std::move(responder), *answer});
+        m_held.push_back({socket, std::move(responder), std::move(answer)});
     else
-        write(responder, *answer);
+        write(responder, answer);
     return true;
 }
 

@@ -23,8 +23,8 @@ class HTTPServer : public QAbstractHttpServer {
 public:
     explicit HTTPServer(QObject* parent = nullptr);
 
-    /// Answers a request; none closes the connection without a word.
-    std::function<std::optional<Answer>(Request)> onRequest;
+    /// Answers a request.
+    std::function<Answer(Request)> onRequest;
     /// Whether the bearer of @p token may open a live channel.
     std::function<bool(const QString& token)> mayUpgrade;
     /// Takes over a live channel that was opened with @p token.
@@ -32,8 +32,6 @@ public:
 
     /// While true, answers are worked out but kept back; false sends them in their order.
     void setHolding(bool holding);
-    /// How many answers are kept back.
-    std::size_t heldCount() const { return m_held.size(); }
 
 protected:
     bool handleRequest(const QHttpServerRequest& request, QTcpSocket* socket) override;

@@ -1,5 +1,7 @@
 #include "InboxFixture.h"
+#include "Theme/Theme.h"
 #include "Views/ConversationListView/ConversationRow.h"
+#include "Views/ConversationListView/RowText.h"
 #include "Views/ConversationListView/SearchResultRow.h"
 #include "Views/ConversationListView/SnippetLayout.h"
 #include "Views/ConversationListView/TimeTick.h"
@@ -42,6 +44,26 @@ TEST_F(RowValuesTest, SpeakEverythingThatARowShowsAndNothingElse)
     nameless.conversation.visitor.name.clear();
     EXPECT_EQ(SearchResultRow::of(*session, nameless).accessibleText(*full.lastMessageAt + 3min),
               u"Visitor, 3 minutes ago, a refund please, Larkspur Coffee"_s);
+}
+
+TEST(RowTextTest, ShowsATextWholeInTheWidthItAsksFor)
+{
+    const QFont font = Theme::font(TextRole::caption);
+    QImage whole(400, 20, QImage::Format_RGB32);
+    QImage exact = whole;
+    for (const QString& text : {u"5/5"_s, u"26 minutes ago"_s, u"yesterday"_s, u"DE"_s}) {
+        const int width = QFontMetrics(font).horizontalAdvance(text);
+        const auto paint = [&](QImage& image, int available) {
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            return paintRowText(painter, {0, 0, available, 20}, text, font, Qt::black, Qt::LeftToRight);
+        };
+        EXPECT_EQ(paint(whole, 400), width);
+        EXPECT_EQ(paint(exact, width), width);
+        EXPECT_EQ(whole, exact) << text.toStdString();
+        EXPECT_LE(paint(exact, width / 2), width / 2);
+        EXPECT_NE(whole, exact) << text.toStdString();
+    }
 }
 
 TEST(SnippetLayoutTest, HasTwoLinesAtMostAndMarksTheHits)
