@@ -16,12 +16,6 @@ class ClientFixture : public testing::Test {
 protected:
     APIClient client() { return APIClient(service.url(), u"t0k3n"_s, &session); }
 
-    ReceivedRequest onlyRequest() const
-    {
-        EXPECT_EQ(service.requests().size(), 1U);
-        return service.requests().empty() ? ReceivedRequest() : service.requests().front();
-    }
-
     ScriptedService service;
     NetworkSession session;
 };

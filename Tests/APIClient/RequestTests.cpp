@@ -22,11 +22,6 @@ protected:
         service.answer("POST", "/v1/agent/conversations/c1/mute", std::move(answer));
         return runTask(client().setMuted(u"c1"_s, true));
     }
-
-    Outcome<void> outcomeAt(const QUrl& baseURL)
-    {
-        return runTask(APIClient(baseURL, u"t0k3n"_s, &session).setMuted(u"c1"_s, true));
-    }
 };
 
 TEST_F(Request, DropsThePathOfTheOriginAndKeepsItsQuery)
@@ -53,42 +48,25 @@ TEST_F(Request, EncodesWhatAnIdentifierMustNotSayInAPath)
 TEST_F(Request, FailsWithoutAURL)
 {
     for (const QUrl& broken : {QUrl(), QUrl(u"http://h:port"_s)})
-        EXPECT_EQ(outcomeAt(broken).error, APIError(u"Invalid server URL"_s));
+        EXPECT_EQ(runTask(APIClient(broken, u"t0k3n"_s, &session).teammates()).error,
+                  APIError(u"Invalid server URL"_s));
 }
 
 TEST_F(Request, TellsTheFailuresThatTheServiceReports)
 {
-    const auto page = [](int status) {
-        ScriptedAnswer answer;
-        answer.status = status;
-        answer.headers = {{"Content-Type", "text/html"}};
-        answer.body = "<html>Bad gateway</html>";
-        return answer;
-    };
     const std::pair<ScriptedAnswer, APIError> cases[] = {
         {ScriptedAnswer::json(R"({"error":"No such “conversation”","code":7})", 404),
          APIError(u"No such “conversation”"_s, 404)},
         {ScriptedAnswer::json(R"({"error":""})", 400), APIError(QString(), 400)},
         {ScriptedAnswer::json(R"({"error":7})", 400), APIError(u"Request failed (400)"_s, 400)},
-        {ScriptedAnswer::json(R"({"message":"x"})", 422), APIError(u"Request failed (422)"_s, 422)},
         {ScriptedAnswer::json("", 401), APIError(u"Request failed (401)"_s, 401)},
-        {ScriptedAnswer::json(R"({"error":"expired"})", 401), APIError(u"expired"_s, 401)},
-        {ScriptedAnswer::json(R"({"error":"not yours"})", 403), APIError(u"not yours"_s, 403)},
-        {ScriptedAnswer::json(R"({"error":"down"})", 500), APIError(u"down"_s, 500)},
-        {ScriptedAnswer::json(R"({"error":"later"})", 503), APIError(u"later"_s, 503)},
         {ScriptedAnswer::json(R"({"error":"teapot"})", 418), APIError(u"teapot"_s, 418)},
-        {ScriptedAnswer::json(R"({"error":"slow down"})", 429), APIError(u"slow down"_s, 429)},
         {ScriptedAnswer::json(R"({"error":"proxy"})", 407), APIError(u"proxy"_s, 407)},
-        {page(502), APIError(u"Request failed (502)"_s, 502)},
-        {page(599), APIError(u"Request failed (599)"_s, 599)},
-        {ScriptedAnswer::json("{}", 304), APIError(u"Request failed (304)"_s, 304)},
+        {ScriptedAnswer::json("<html>Bad gateway</html>", 599), APIError(u"Request failed (599)"_s, 599)},
     };
     for (const auto& [answer, error] : cases) {
         SCOPED_TRACE(answer.status);
-        const auto outcome = outcomeOf(answer);
-        ASSERT_TRUE(outcome.error);
-        EXPECT_EQ(outcome.error->message, error.message);
-        EXPECT_EQ(outcome.error->status, error.status);
+        EXPECT_EQ(outcomeOf(answer).error, error);
     }
 }
 
@@ -97,45 +75,8 @@ TEST_F(Request, AcceptsAnyDocumentWhereNobodyReadsTheAnswer)
     for (const char* body : {"17", "{}", "null", "\"x\"", " [1, 2] "})
         EXPECT_EQ(outcomeOf(ScriptedAnswer::json(body)).errorMessage(), QString()) << body;
     EXPECT_EQ(outcomeOf(ScriptedAnswer::json("{}", 299)).errorMessage(), QString());
-}
-
-TEST_F(Request, RejectsASuccessThatDoesNotDecode)
-{
-    const APIError undecodable(u"Could not decode server response"_s);
-    EXPECT_EQ(outcomeOf(ScriptedAnswer::json("")).error, undecodable);
-    EXPECT_EQ(outcomeOf(ScriptedAnswer::json("", 204)).error, undecodable);
-    EXPECT_EQ(outcomeOf(ScriptedAnswer::json("{} {}")).error, undecodable);
-    EXPECT_EQ(outcomeOf(ScriptedAnswer::json("<html>")).error, undecodable);
-
-    QByteArray conversation(conversationJSON);
-    conversation.replace("\"status\"", "\"createdAt\":\"yesterday\",\"status\"");
-    service.answer("POST", "/v1/agent/conversations/c1/close",
-                   ScriptedAnswer::json(wrapped("conversation", conversation)));
-    EXPECT_EQ(runTask(client().closeConversation(u"c1"_s)).error, undecodable);
-}
-
-TEST_F(Request, TellsTransportFailuresWithoutAStatus)
-{
-    const ScriptedAnswer cases[] = {
-        ScriptedAnswer::reset(),
-        ScriptedAnswer::truncated("{}", 10),
-        ScriptedAnswer::rawBytes("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\n{\"a\":"),
-        ScriptedAnswer::rawBytes("SSH-2.0-nothing here\r\n\r\n"),
-    };
-    int number = 0;
-    for (const ScriptedAnswer& answer : cases) {
-        SCOPED_TRACE(number++);
-        service.always("POST", "/v1/agent/conversations/c1/mute", answer);
-        const auto outcome = runTask(client().setMuted(u"c1"_s, true));
-        ASSERT_TRUE(outcome.error);
-        EXPECT_TRUE(outcome.error->message.startsWith(u"Network error: "_s)) << outcome.error->what();
-        EXPECT_EQ(outcome.error->status, std::nullopt);
-        EXPECT_FALSE(outcome.error->message.contains(u"t0k3n"_s));
-    }
-    service.pause();
-    const auto refused = outcomeAt(service.url());
-    EXPECT_TRUE(refused.errorMessage().startsWith(u"Network error: "_s))
-        << refused.errorMessage().toStdString();
+    EXPECT_EQ(outcomeOf(ScriptedAnswer::json("{} {}")).error,
+              APIError(u"Could not decode server response"_s));
 }
 
 /// A connection that ends before the answer is made anew by the toolkit, a few times. When that was not
@@ -143,7 +84,8 @@ TEST_F(Request, TellsTransportFailuresWithoutAStatus)
 TEST_F(Request, IsRepeatedOnceUnansweredWhenItChangesNothing)
 {
     service.always("POST", "/v1/agent/conversations/c1/mute", ScriptedAnswer::reset());
-    EXPECT_TRUE(runTask(client().setMuted(u"c1"_s, true)).error);
+    EXPECT_EQ(runTask(client().setMuted(u"c1"_s, true)).error,
+              APIError(u"Network error: Connection closed"_s));
     const std::size_t attempts = service.requests().size();
 
     const ScriptedAnswer whole = ScriptedAnswer::json("{\"teammates\":[]}");
@@ -158,15 +100,6 @@ TEST_F(Request, IsRepeatedOnceUnansweredWhenItChangesNothing)
     }
 }
 
-TEST_F(Request, RefusesACertificateThatNobodyVouchesFor)
-{
-    ScriptedService secure(ScriptedService::Transport::selfSigned);
-    const auto outcome = outcomeAt(secure.url());
-    EXPECT_TRUE(outcome.errorMessage().startsWith(u"Network error: "_s))
-        << outcome.errorMessage().toStdString();
-    EXPECT_THAT(secure.requests(), IsEmpty()) << "the token went to a server that nobody vouches for";
-}
-
 TEST_F(Request, BoundsTheSizeOfAnAnswer)
 {
     NetworkSession small(NetworkSession::Limits{.timeout = 10s, .maxBodyBytes = 1000}, nullptr);
@@ -177,7 +110,6 @@ TEST_F(Request, BoundsTheSizeOfAnAnswer)
     };
     EXPECT_EQ(outcomeOfSize(1000).errorMessage(), QString());
     EXPECT_EQ(outcomeOfSize(1001).errorMessage(), u"Network error: The answer is too large."_s);
-    EXPECT_EQ(outcomeOfSize(5'000'000).errorMessage(), u"Network error: The answer is too large."_s);
 }
 
 TEST_F(Request, WaitsForAnAnswerThatArrivesSlowly)
@@ -212,14 +144,6 @@ TEST_F(Request, NeverFollowsARedirectToAnotherOrigin)
     service.answer("GET", "/v1/agent/teammates", ScriptedAnswer::redirect("file:///etc/hostname"));
     EXPECT_EQ(runTask(client().teammates()).error, APIError(u"Request failed (302)"_s, 302));
     EXPECT_THAT(other.requests(), IsEmpty());
-}
-
-TEST_F(Request, GivesUpARedirectThatGoesInCircles)
-{
-    service.always("GET", "/v1/agent/teammates", ScriptedAnswer::redirect("/v1/agent/teammates"));
-    const auto outcome = runTask(client().teammates());
-    EXPECT_TRUE(outcome.error);
-    EXPECT_LT(service.requests().size(), 100U);
 }
 
 TEST_F(Request, EndsWithTheSessionThatCarriesIt)
@@ -278,13 +202,6 @@ TEST_F(Request, IsReadOffTheMainThread)
     const auto worker = threadOf(NetworkSession::workerThreshold);
     EXPECT_NE(worker, main);
     EXPECT_NE(worker, network) << "other answers wait for a large one";
-
-    service.answer("GET", "/v1/agent/teammates",
-                   ScriptedAnswer::json("{\"padding\":\"" + QByteArray(200'000, 'x') + "\",\"teammates\":["
-                                        + agentJSON + "]}"));
-    const auto agents = runTask(client().teammates());
-    ASSERT_TRUE(agents.value);
-    EXPECT_EQ(agents.value->size(), 1U);
 }
 
 } // namespace
