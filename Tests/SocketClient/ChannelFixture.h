@@ -48,8 +48,6 @@ protected:
         return waitUntil([this, count] { return events.size() >= count; });
     }
 
-    std::ptrdiff_t losses() const { return std::count(changes.begin(), changes.end(), false); }
-
     ScriptedService service;
     std::unique_ptr<SocketClient> client;
     std::vector<bool> changes;
