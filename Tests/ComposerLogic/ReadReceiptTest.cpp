@@ -30,11 +30,9 @@ TEST(ReadReceipt, MarksTheNewestReplyThatWasRead)
         message(u"note"_s, MessageSender::note, ten + 3min),
     };
     EXPECT_EQ(ReadReceipt::seenMessageId(thread, std::nullopt), std::nullopt);
-    EXPECT_EQ(ReadReceipt::seenMessageId({}, ten), std::nullopt);
     EXPECT_EQ(ReadReceipt::seenMessageId(thread, ten - 1ms), std::nullopt);
     EXPECT_EQ(ReadReceipt::seenMessageId(thread, ten), u"first"_s);
     EXPECT_EQ(ReadReceipt::seenMessageId(thread, ten + 1min), u"first"_s);
-    EXPECT_EQ(ReadReceipt::seenMessageId(thread, ten + 2min), u"second"_s);
     EXPECT_EQ(ReadReceipt::seenMessageId(thread, ten + 5min), u"second"_s);
 }
 
