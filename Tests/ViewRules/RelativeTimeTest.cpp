@@ -42,63 +42,34 @@ protected:
 
 TEST_F(RelativeTime, IsNamed)
 {
-    const std::vector<std::pair<std::chrono::milliseconds, const char16_t*>> cases{
-        {0s, u"now"},
-        {-59s, u"now"},
-        {59s, u"now"},
-        {-60s, u"1 minute ago"},
-        {-119s, u"1 minute ago"},
-        {-4min, u"4 minutes ago"},
-        {3min + 59s, u"in 3 minutes"},
-        {-1h, u"1 hour ago"},
-        {-2h, u"2 hours ago"},
-        {-14h, u"14 hours ago"}, // still today
-        {-16h, u"yesterday"},
-        {-24h, u"yesterday"},
-        {-39h, u"yesterday"},
-        {-40h, u"2 days ago"},
-        {-days(2), u"2 days ago"},
-        {18h, u"tomorrow"}, // nine in the morning
-        {8h, u"in 8 hours"},
-        {days(3), u"in 3 days"},
-        {-days(6), u"6 days ago"},
-        {-days(7), u"last week"},
-        {-days(20), u"2 weeks ago"},
-        {days(8), u"next week"},
-        {-days(31), u"last month"},
-        {-days(100), u"3 months ago"},
-        {-days(365), u"last year"},
-        {-days(364), u"11 months ago"},
-        {days(800), u"in 2 years"},
-    };
-    for (const auto& [distance, text] : cases)
-        EXPECT_EQ(relativeTime(now + distance, now), QString::fromUtf16(text));
+    using namespace std::chrono;
+    const auto named = [](milliseconds distance) { return relativeTime(now + distance, now); };
+    EXPECT_EQ(named(59s), u"now"_s);
+    EXPECT_EQ(named(-119s), u"1 minute ago"_s);
+    EXPECT_EQ(named(3min + 59s), u"in 3 minutes"_s);
+    EXPECT_EQ(named(-14h), u"14 hours ago"_s);
+    EXPECT_EQ(named(-39h), u"yesterday"_s);
+    EXPECT_EQ(named(-40h), u"2 days ago"_s);
+    EXPECT_EQ(named(18h), u"tomorrow"_s);
+    EXPECT_EQ(named(-days(6)), u"6 days ago"_s);
+    EXPECT_EQ(named(-days(7)), u"last week"_s);
+    EXPECT_EQ(named(days(8)), u"next week"_s);
+    EXPECT_EQ(named(-days(100)), u"3 months ago"_s);
+    EXPECT_EQ(named(-days(364)), u"11 months ago"_s);
+    EXPECT_EQ(named(days(800)), u"in 2 years"_s);
 }
 
-TEST_F(RelativeTime, CountsHoursAcrossMidnight)
+TEST_F(RelativeTime, CountsHoursAcrossMidnightAndDaysByTheLocalDate)
 {
     const Instant night = utc("2025-09-17T01:00:00Z");
     EXPECT_EQ(relativeTime(night - 3h, night), u"3 hours ago"_s);
     EXPECT_EQ(relativeTime(night - 12h, night), u"yesterday"_s);
     EXPECT_EQ(relativeTime(night + 20h, night), u"in 20 hours"_s);
-}
-
-TEST_F(RelativeTime, KnowsTheLocalDate)
-{
     EXPECT_EQ(relativeTime(now - 15h - 1s, now), u"yesterday"_s);
-    useZone("America/New_York");
-    EXPECT_EQ(relativeTime(now - 18h, now), u"yesterday"_s);
     useZone("Pacific/Kiritimati"); // five in the morning
     EXPECT_EQ(relativeTime(now + 18h, now), u"in 18 hours"_s);
-}
-
-TEST_F(RelativeTime, SpeaksTheUsersLanguage)
-{
     QLocale::setDefault(QLocale(u"de_DE"_s));
-    EXPECT_EQ(relativeTime(now - 2h, now), u"vor 2 Stunden"_s);
     EXPECT_EQ(relativeTime(now - 24h, now), u"gestern"_s);
-    QLocale::setDefault(QLocale::c());
-    EXPECT_EQ(relativeTime(now - 2h, now), u"2 hours ago"_s);
 }
 
 // Between now and the announced moment the text is the same, and it never announces a moment that has passed.
@@ -120,11 +91,10 @@ TEST_F(RelativeTime, AnnouncesItsNextChange)
 
 TEST_F(RelativeTime, ChangesWhenItSaysSo)
 {
-    const std::vector<std::pair<std::chrono::milliseconds, std::chrono::milliseconds>> cases{
-        {-10s, 50s},     {10s, 70s}, {-90s, 30s},    {90s, 30s + 1ms},
-        {-90min, 30min}, {-9h, 1h},  {-days(1), 9h}, {10h + 30min, 30min + 1ms},
-        {18h, 6h + 1ms},
-    };
+    using Milliseconds = std::chrono::milliseconds;
+    const std::vector<std::pair<Milliseconds, Milliseconds>> cases{
+        {10s, 70s}, {-90s, 30s},    {90s, 30s + 1ms},           {-90min, 30min},
+        {-9h, 1h},  {-days(1), 9h}, {10h + 30min, 30min + 1ms}, {18h, 6h + 1ms}};
     for (const auto& [distance, wait] : cases) {
         const Instant change = nextRelativeTimeChange(now + distance, now);
         EXPECT_EQ((change - now).count(), wait.count());
@@ -137,7 +107,6 @@ TEST_F(RelativeTime, FormatsTimesDatesAndSizes)
     const Instant afternoon = utc("2025-09-14T15:41:59Z");
     EXPECT_EQ(Formats::timeOfDay(afternoon), u"3:41 PM"_s);
     EXPECT_EQ(Formats::date(afternoon), u"Sep 14, 2025"_s);
-    EXPECT_EQ(Formats::date(utc("2025-09-14T23:59:59Z")), u"Sep 14, 2025"_s);
     useZone("Asia/Tokyo");
     EXPECT_EQ(Formats::date(afternoon), u"Sep 15, 2025"_s);
     EXPECT_EQ(Formats::timeOfDay(afternoon), u"12:41 AM"_s);
@@ -149,20 +118,12 @@ TEST_F(RelativeTime, FormatsTimesDatesAndSizes)
     EXPECT_EQ(Formats::date(afternoon), u"14 Sep 2025"_s);
     EXPECT_EQ(Formats::timeOfDay(afternoon), u"3:41 PM"_s);
 
-    const std::vector<std::pair<qint64, const char16_t*>> sizes{
-        {-1, u""},
-        {0, u"0 bytes"},
-        {512, u"512 bytes"},
-        {34'400, u"34 kB"},
-        {999'499, u"999 kB"},
-        {999'500, u"1.0 MB"},
-        {1'200'000, u"1.2 MB"},
-        {10'485'760, u"10.5 MB"},
-        {999'960'000, u"1.00 GB"},
-        {2'340'000'000, u"2.34 GB"},
-    };
-    for (const auto& [bytes, text] : sizes)
-        EXPECT_EQ(Formats::fileSize(bytes), QString::fromUtf16(text)) << bytes;
+    EXPECT_EQ(Formats::fileSize(-1), QString());
+    EXPECT_EQ(Formats::fileSize(0), u"0 bytes"_s);
+    EXPECT_EQ(Formats::fileSize(999'499), u"999 kB"_s);
+    EXPECT_EQ(Formats::fileSize(999'500), u"1.0 MB"_s);
+    EXPECT_EQ(Formats::fileSize(10'485'760), u"10.5 MB"_s);
+    EXPECT_EQ(Formats::fileSize(999'960'000), u"1.00 GB"_s);
 }
 
 } // namespace
