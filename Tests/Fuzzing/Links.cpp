@@ -14,15 +14,11 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-void checkLink(const QString& text)
-{
-    if (const auto id = DeepLink::conversationId(QUrl(text)))
-        require(!id->isEmpty() && QUrl(text).scheme() == "orvia"_L1, "a link names a conversation");
-}
-
 /// Every conversation has a link that leads to it.
-void checkId(const QString& id)
+void checkLinks(const QString& text, const QString& id)
 {
+    if (const auto named = DeepLink::conversationId(QUrl(text)))
+        require(!named->isEmpty() && QUrl(text).scheme() == "orvia"_L1, "a link names a conversation");
     const QString link = "orvia://conversation/"_L1 + QString::fromLatin1(QUrl::toPercentEncoding(id));
     const auto found = DeepLink::conversationId(QUrl(link));
     require(found == (id.isEmpty() ? std::nullopt : std::optional(id)), "a link leads to its conversation");
@@ -71,8 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     Input input(data, size);
     const QString address = input.text();
     const QString text = input.text();
-    checkLink(address);
-    checkId(text);
+    checkLinks(address, text);
     checkOrigin(address, text);
     QStringList arguments{QStringLiteral("orvia")};
     while (!input.atEnd())

@@ -32,10 +32,9 @@ TEST_F(Frames, CutThePreviewToFiveHundredUserPerceivedCharacters)
         EXPECT_THAT(sent, ElementsAre(uR"({"type":"typing","conversationId":"c1","preview":")"_s + preview
                                       + u"\"}"_s));
     };
-    // Letters, a surrogate pair, joined emoji, a flag, a combining accent, syllables, a line break of two
-    // units.
-    for (const QString& character : {u"x"_s, u"\U0001F600"_s, family, u"\U0001F1E9\U0001F1EA"_s, u"e\u0301"_s,
-                                     u"\u1112\u1161\u11AB"_s, u"\r\n"_s})
+    // A letter, joined emoji, a flag, an accent, a syllable of three letters, a line break of two units.
+    for (const QString& character :
+         {u"x"_s, family, u"\U0001F1E9\U0001F1EA"_s, u"e\u0301"_s, u"\u1112\u1161\u11AB"_s, u"\r\n"_s})
         expectPreview(character.repeated(501), character.repeated(500));
     expectPreview(QString(500, u'x'), QString(500, u'x'));
     expectPreview(family.repeated(200), family.repeated(200));

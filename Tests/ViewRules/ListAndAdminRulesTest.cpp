@@ -22,8 +22,6 @@ TEST(EmptyTitle, NamesTheStatusWhereTheQueueIsEverything)
 
 TEST(Highlighted, FindsEveryOccurrence)
 {
-    EXPECT_THAT(ListRules::highlighted(u"Lid, lid and LIDS"_s, u"lid"_s),
-                ElementsAre(Range{0, 3}, Range{5, 3}, Range{13, 3}));
     EXPECT_THAT(ListRules::highlighted(u"aaaa"_s, u"aa"_s), ElementsAre(Range{0, 2}, Range{2, 2}));
     EXPECT_THAT(ListRules::highlighted(u"text"_s, u""_s), IsEmpty());
     EXPECT_THAT(ListRules::highlighted(u"Cafe\u0301 CAF\u00C9 cafe"_s, u"caf\u00E9"_s),

@@ -7,7 +7,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-TEST(PlaceAndNetworkLines, JoinWhatIsKnown)
+TEST(PlaceLine, JoinsWhatIsKnown)
 {
     EXPECT_EQ(placeLine(std::nullopt), std::nullopt);
     const std::vector<std::pair<VisitorGeo, QString>> cases{
@@ -20,10 +20,6 @@ TEST(PlaceAndNetworkLines, JoinWhatIsKnown)
     };
     for (const auto& [geo, line] : cases)
         EXPECT_EQ(placeLine(geo), line);
-    EXPECT_EQ(networkLine(std::nullopt), std::nullopt);
-    EXPECT_EQ(networkLine(VisitorGeo{}), u""_s);
-    const VisitorGeo place{{}, {}, {}, {}, u"Europe/Berlin"_s, u"Example Telecom"_s};
-    EXPECT_EQ(networkLine(place), u"Europe/Berlin \u00B7 Example Telecom"_s);
 }
 
 TEST(PageLabel, TakesTheFirstThatNamesThePage)
@@ -60,12 +56,9 @@ TEST(Addresses, OfTheWebAreHttpWithAHost)
 TEST(CurrentPage, IsTheLatestVisitOfTheAddress)
 {
     VisitorMeta meta;
-    EXPECT_EQ(currentPage(meta), std::nullopt);
     meta.url = u"https://h/a"_s;
-    EXPECT_EQ(currentPage(meta), (VisitorPage{u"https://h/a"_s, {}, {}}));
-    const Instant noon{std::chrono::hours(12)};
     meta.pages = {{u"https://h/a"_s, u"old"_s, {}},
-                  {u"https://h/a"_s, u"new"_s, noon},
+                  {u"https://h/a"_s, u"new"_s, {}},
                   {u"https://h/A"_s, u"other"_s, {}}};
     EXPECT_EQ(currentPage(meta), meta.pages->at(1));
     meta.url = u"https://h/b"_s;
