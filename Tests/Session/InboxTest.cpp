@@ -2,87 +2,71 @@
 
 namespace orvia::test {
 
+using namespace std::chrono_literals;
 using testing::ElementsAre;
+using testing::UnorderedElementsAre;
 
-using InboxTest = SessionFixture;
+class InboxTest : public SessionFixture {
+protected:
+    ScriptedAnswer hits() const
+    {
+        return answerOf(SearchResponse{{{{makeConversation(u"c1"_s), u"the grinder"_s, std::nullopt}}}});
+    }
+};
 
 TEST_F(InboxTest, AsksForBothPagesByQueueAndSnooze)
 {
     scriptInbox({});
     Session& made = signIn();
-    const auto queriesAfter = [&](auto&& change) {
-        const std::size_t before = service.requests().size();
-        change();
+    const auto queries = [&] {
         runTask(made.refreshConversations());
-        QList<QByteArray> queries;
-        for (std::size_t i = before; i < service.requests().size(); ++i)
-            queries.append(service.requests()[i].query());
-        std::sort(queries.begin(), queries.end());
-        return queries;
+        QList<QByteArray> all;
+        for (const ReceivedRequest& request : service.requests("GET", "/v1/agent/conversations"))
+            all.append(request.query());
+        return all.last(2);
     };
-    EXPECT_THAT(queriesAfter([] {}), ElementsAre("status=closed&includeSnoozed=true", "status=open"));
-    EXPECT_THAT(queriesAfter([&] { made.setQueue(InboxQueue::mine); }),
-                ElementsAre("status=closed&assignee=me&includeSnoozed=true", "status=open&assignee=me"));
-    EXPECT_THAT(queriesAfter([&] {
-                    made.setQueue(InboxQueue::unassigned);
-                    made.setShowSnoozed(true);
-                    made.setProductFilter(u"p1"_s);
-                }),
-                ElementsAre("status=closed&assignee=unassigned&includeSnoozed=true",
-                            "status=open&assignee=unassigned&includeSnoozed=true"));
+    EXPECT_THAT(queries(), UnorderedElementsAre("status=open", "status=closed&includeSnoozed=true"));
+    made.setQueue(InboxQueue::mine);
+    EXPECT_THAT(queries(), UnorderedElementsAre("status=open&assignee=me",
+                                                "status=closed&assignee=me&includeSnoozed=true"));
+    made.setQueue(InboxQueue::unassigned);
+    made.setShowSnoozed(true);
+    made.setProductFilter(u"p1"_s);
+    EXPECT_THAT(queries(), UnorderedElementsAre("status=open&assignee=unassigned&includeSnoozed=true",
+                                                "status=closed&assignee=unassigned&includeSnoozed=true"));
 }
 
-TEST_F(InboxTest, DoesNothingWithoutAnAgent)
-{
-    Session& made = makeSession();
-    Notifications loading(made, &Session::isLoadingListChanged);
-    runTask(made.refreshConversations());
-    EXPECT_EQ(loading.count, 0);
-    EXPECT_TRUE(service.requests().empty());
-}
-
-TEST_F(InboxTest, ShowsNoHalfOfAPage)
+TEST_F(InboxTest, ShowsNoHalfOfTheTwoPages)
 {
     scriptInbox({});
     Session& made = signIn();
-    auto open = service.hold("GET", "/v1/agent/conversations");
-    auto closed = service.hold("GET", "/v1/agent/conversations");
     Notifications resets(made, &Session::conversationsReset);
-    const auto outcome = startTask(made.refreshConversations());
-    ASSERT_TRUE(waitUntil([&] { return open->isWaiting() && closed->isWaiting(); }))
-        << "both requests are under way together";
-    EXPECT_TRUE(made.isLoadingList());
-    closed->answer(answerOf(ConversationsResponse{{{makeConversation(u"c2"_s)}}}));
-    spinFor(std::chrono::milliseconds(30));
-    EXPECT_EQ(resets.count, 0);
-    open->answer(answerOf(ConversationsResponse{{{makeConversation(u"c1"_s)}}}));
-    ASSERT_TRUE(waitUntil([&] { return outcome->finished(); }));
-    EXPECT_EQ(resets.count, 1);
-    EXPECT_EQ(made.conversations().size(), 2);
-    EXPECT_FALSE(made.isLoadingList());
-}
-
-TEST_F(InboxTest, AFailureOfEitherPageKeepsTheInboxAndTellsTheAgent)
-{
-    scriptInbox({makeConversation(u"c1"_s)});
-    Session& made = signIn();
-    for (const QByteArray& failing : {QByteArray("status=open"), QByteArray("status=closed")}) {
-        service.always("GET", "/v1/agent/conversations", [failing](const ReceivedRequest& request) {
-            return request.query().startsWith(failing) ? refusal(503, failing)
-                                                       : answerOf(ConversationsResponse{});
-        });
-        runTask(made.refreshConversations());
-        EXPECT_EQ(made.banner(), QString::fromLatin1(failing));
-        EXPECT_EQ(made.conversations().size(), 1);
+    const ScriptedAnswer page = answerOf(ConversationsResponse{{{makeConversation(u"c1"_s)}}});
+    const ScriptedAnswer failure = refusal(503, "busy");
+    const std::pair<ScriptedAnswer, ScriptedAnswer> answers[] = {
+        {page, page}, {failure, page}, {page, failure}};
+    for (const auto& [first, second] : answers) {
+        const int before = resets.count;
+        auto open = service.hold("GET", "/v1/agent/conversations");
+        auto closed = service.hold("GET", "/v1/agent/conversations");
+        const auto outcome = startTask(made.refreshConversations());
+        ASSERT_TRUE(waitUntil([&] { return open->isWaiting() && closed->isWaiting(); }))
+            << "both requests are under way together";
+        EXPECT_TRUE(made.isLoadingList());
+        closed->answer(second);
+        spinFor(30ms);
+        EXPECT_EQ(resets.count, before);
+        open->answer(first);
+        ASSERT_TRUE(waitUntil([&] { return outcome->finished(); }));
+        EXPECT_EQ(made.conversations().size(), 2);
         EXPECT_FALSE(made.isLoadingList());
     }
+    EXPECT_EQ(resets.count, 1) << "a failure of either page keeps the inbox";
+    EXPECT_EQ(made.banner(), u"busy"_s);
 }
 
 TEST_F(InboxTest, FiltersAndSorts)
 {
-    Conversation newest = makeConversation(u"newest"_s, 1);
-    Conversation tieOne = makeConversation(u"tieOne"_s, 5);
-    Conversation tieTwo = makeConversation(u"tieTwo"_s, 5);
     Conversation undated = makeConversation(u"undated"_s);
     undated.lastMessageAt.reset();
     Conversation mine = makeConversation(u"mine"_s, 7);
@@ -98,13 +82,15 @@ TEST_F(InboxTest, FiltersAndSorts)
     Conversation closed = makeConversation(u"closed"_s, 4);
     closed.status = ConversationStatus::closed;
     closed.snoozedUntil = minutesAgo(-60);
-    scriptInbox({undated, tieOne, newest, tieTwo, mine, taken, other, snoozed, woken}, {closed});
+    scriptInbox({undated, makeConversation(u"tieOne"_s, 5), makeConversation(u"tieTwo"_s, 5), mine, taken,
+                 other, snoozed, woken},
+                {closed});
     Session& made = signIn();
 
-    EXPECT_THAT(listedIds(made), ElementsAre(u"newest"_s, u"woken"_s, u"tieOne"_s, u"tieTwo"_s, u"mine"_s,
-                                             u"taken"_s, u"other"_s, u"undated"_s));
+    EXPECT_THAT(listedIds(made), ElementsAre(u"woken"_s, u"tieOne"_s, u"tieTwo"_s, u"mine"_s, u"taken"_s,
+                                             u"other"_s, u"undated"_s));
     made.setShowSnoozed(true);
-    EXPECT_EQ(listedIds(made).indexOf(u"snoozed"_s), 1);
+    EXPECT_EQ(listedIds(made).indexOf(u"snoozed"_s), 0);
     made.setShowSnoozed(false);
     made.setProductFilter(u"p2"_s);
     EXPECT_THAT(listedIds(made), ElementsAre(u"other"_s));
@@ -118,30 +104,82 @@ TEST_F(InboxTest, FiltersAndSorts)
     EXPECT_THAT(listedIds(made), ElementsAre(u"closed"_s)) << "a snooze hides no closed conversation";
 }
 
-TEST_F(InboxTest, TellsWhatChangedAndStaysSilentWhenNothingDid)
+TEST_F(InboxTest, SearchAsksOnceAfterTheLastKeystroke)
 {
-    scriptInbox({makeConversation(u"c1"_s), makeConversation(u"c2"_s)});
+    scriptInbox({});
     Session& made = signIn();
-    Notifications resets(made, &Session::conversationsReset);
-    Notifications inserts(made, &Session::conversationInserted);
-    Notifications changes(made, &Session::conversationChanged);
-    Notifications filters(made, &Session::statusFilterChanged);
+    service.answer("GET", "/v1/agent/search", hits());
+    made.setSearchText(u"g"_s);
+    EXPECT_FALSE(made.isSearching());
+    made.setSearchText(u"gr"_s);
+    EXPECT_TRUE(made.isSearching());
+    made.setSearchText(u" gri\n"_s);
+    EXPECT_TRUE(waitUntil([&] { return !made.isSearching(); }));
+    EXPECT_EQ(made.searchResults().size(), 1U);
 
-    runTask(made.refreshConversations());
-    made.setStatusFilter(ConversationStatus::open);
-    EXPECT_EQ(resets.count + filters.count, 0) << "equal assignments notify nobody";
+    made.setSearchText(u" g "_s);
+    EXPECT_TRUE(made.searchResults().empty()) << "a text that became too short has no results";
+    made.setSearchText(u"\U0001F469\u200D\U0001F4BB"_s);
+    EXPECT_FALSE(made.isSearching()) << "an emoji of three code points is one character";
+    spinFor(timings.searchDebounce * 3);
+    const auto requests = service.requests("GET", "/v1/agent/search");
+    ASSERT_EQ(requests.size(), 1U);
+    EXPECT_EQ(requests.front().query(), "q=gri&limit=30");
+}
 
-    deliver(makeConversation(u"c2"_s, 1));
-    EXPECT_EQ(changes.count, 1);
-    EXPECT_EQ(changes.last.toLongLong(), 1);
-    deliver(*made.conversations().find(u"c2"_s));
-    EXPECT_EQ(changes.count, 1);
-    Conversation closed = makeConversation(u"c3"_s, 0);
-    closed.status = ConversationStatus::closed;
-    deliver(closed);
-    EXPECT_EQ(inserts.last.toLongLong(), 2);
-    EXPECT_EQ(listedIds(made), (QStringList{u"c2"_s, u"c1"_s})) << "it joins the inbox but not the list";
-    EXPECT_EQ(resets.count, 0);
+TEST_F(InboxTest, SearchDropsAnAnswerThatCameTooLate)
+{
+    scriptInbox({});
+    Session& made = signIn();
+    auto first = service.hold("GET", "/v1/agent/search");
+    auto second = service.hold("GET", "/v1/agent/search");
+    made.setSearchText(u"old"_s);
+    ASSERT_TRUE(waitUntil([&] { return first->isWaiting(); }));
+    made.setSearchText(u"new"_s);
+    ASSERT_TRUE(waitUntil([&] { return second->isWaiting(); }));
+    first->answer(refusal(500, "late"));
+    spinFor(30ms);
+    EXPECT_TRUE(made.isSearching());
+    EXPECT_EQ(made.banner(), std::nullopt);
+    second->answer(hits());
+    EXPECT_TRUE(waitUntil([&] { return !made.isSearching(); }));
+    EXPECT_EQ(made.searchResults().size(), 1U);
+}
+
+TEST_F(InboxTest, WhatIsOpenedShowsWhateverTheFiltersSay)
+{
+    SearchResult hit{makeConversation(u"c2"_s), u"the grinder"_s, std::nullopt};
+    hit.conversation.status = ConversationStatus::closed;
+    hit.conversation.productId = u"p2"_s;
+    scriptInbox({}, {hit.conversation});
+    Session& made = signIn();
+    for (const bool isLink : {true, false}) {
+        made.setStatusFilter(ConversationStatus::open);
+        made.setProductFilter(u"p1"_s);
+        made.setQueue(InboxQueue::mine);
+        made.openFromDeepLink(u"unknown"_s);
+        EXPECT_EQ(made.selectedConversationId(), u"unknown"_s);
+        EXPECT_EQ(made.productFilter(), u"p1"_s);
+        made.setSearchText(u"grinder"_s);
+        if (isLink)
+            made.openFromDeepLink(u"c2"_s);
+        else
+            made.openSearchResult(hit);
+        EXPECT_EQ(made.selectedConversationId(), u"c2"_s);
+        EXPECT_EQ(listedIds(made), QStringList{u"c2"_s});
+        EXPECT_EQ(made.searchText(), isLink ? u"grinder"_s : QString()) << "a link leaves the search alone";
+        made.setSearchText({});
+    }
+
+    made.setProductFilter(u"p1"_s);
+    made.setQueue(InboxQueue::mine);
+    hit.conversation = makeConversation(u"c8"_s);
+    hit.conversation.assigneeId = self.id;
+    made.openSearchResult(hit);
+    EXPECT_EQ(made.queue(), InboxQueue::mine) << "filters that let the hit through stay";
+    EXPECT_EQ(made.productFilter(), u"p1"_s);
+    spinFor(timings.searchDebounce * 3);
+    EXPECT_TRUE(service.requests("GET", "/v1/agent/search").empty());
 }
 
 } // namespace orvia::test
