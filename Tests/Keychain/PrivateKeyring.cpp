@@ -2,13 +2,8 @@
 
 #include "Support/Waiting.h"
 
-#include <QDBusArgument>
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
-#include <QDBusMetaType>
-#include <QDBusObjectPath>
 #include <QDBusReply>
-#include <QDBusVariant>
 #include <QUuid>
 
 namespace orvia::test {
@@ -17,42 +12,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto serviceName = "org.freedesktop.secrets"_L1;
-constexpr auto servicePath = "/org/freedesktop/secrets"_L1;
-constexpr auto serviceInterface = "org.freedesktop.Secret.Service"_L1;
-constexpr auto collectionPath = "/org/freedesktop/secrets/collection/login"_L1;
-
-/// A secret as it travels in a session without encryption.
-struct PlainSecret {
-    QDBusObjectPath session;
-    QByteArray value;
-};
-
-QDBusArgument& operator<<(QDBusArgument& argument, const PlainSecret& secret)
+/// Another program that uses keyrings: what it has printed, or nothing when it has failed.
+std::optional<QByteArray> outputOfTool(const QStringList& arguments, const QByteArray& input = {})
 {
-    argument.beginStructure();
-    argument << secret.session << QByteArray() << secret.value << u"text/plain"_s;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, PlainSecret& secret)
-{
-    QByteArray parameters;
-    QString contentType;
-    argument.beginStructure();
-    argument >> secret.session >> parameters >> secret.value >> contentType;
-    argument.endStructure();
-    return argument;
-}
-
-/// A call without an interface object, which would ask the service to describe itself first.
-QDBusMessage call(const QDBusConnection& connection, const QString& path, const QString& interface,
-                  const QString& method, const QVariantList& arguments)
-{
-    QDBusMessage message = QDBusMessage::createMethodCall(serviceName, path, interface, method);
-    message.setArguments(arguments);
-    return connection.call(message);
+    ChildProcess tool;
+    tool.process().start(u"secret-tool"_s, arguments);
+    tool.process().write(input);
+    tool.process().closeWriteChannel();
+    if (!tool.process().waitForFinished() || tool.process().exitCode() != 0)
+        return std::nullopt;
+    return tool.process().readAllStandardOutput();
 }
 
 } // namespace
@@ -60,8 +29,6 @@ QDBusMessage call(const QDBusConnection& connection, const QString& path, const 
 PrivateKeyring::PrivateKeyring(const PrivateBus& bus)
     : m_connection(QDBusConnection::connectToBus(bus.address(), QUuid::createUuid().toString()))
 {
-    qDBusRegisterMetaType<Attributes>();
-    qDBusRegisterMetaType<PlainSecret>();
     QProcess& daemon = m_daemon.process();
     daemon.start(u"gnome-keyring-daemon"_s, {u"--foreground"_s, u"--unlock"_s, u"--components=secrets"_s,
                                              u"--control-directory=%1/keyring"_s.arg(bus.directory())});
@@ -78,56 +45,29 @@ PrivateKeyring::~PrivateKeyring()
 
 bool PrivateKeyring::isRunning() const
 {
-    return m_connection.isConnected() && m_connection.interface()->isServiceRegistered(serviceName);
+    return m_connection.isConnected()
+           && m_connection.interface()->isServiceRegistered(u"org.freedesktop.secrets"_s);
 }
 
 bool PrivateKeyring::lock()
 {
-    const QList<QDBusObjectPath> collections{QDBusObjectPath(collectionPath)};
-    const QDBusMessage reply =
-        call(m_connection, servicePath, serviceInterface, u"Lock"_s, {QVariant::fromValue(collections)});
-    return reply.type() == QDBusMessage::ReplyMessage
-           && qdbus_cast<QList<QDBusObjectPath>>(reply.arguments().constFirst()) == collections;
+    const QList<QDBusObjectPath> collections{QDBusObjectPath(u"/org/freedesktop/secrets/collection/login"_s)};
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(u"org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s,
+                                       u"org.freedesktop.Secret.Service"_s, u"Lock"_s);
+    call << QVariant::fromValue(collections);
+    const QDBusReply<QList<QDBusObjectPath>> locked = m_connection.call(call);
+    return locked.value() == collections;
 }
 
-QList<PrivateKeyring::Attributes> PrivateKeyring::items() const
+QByteArray PrivateKeyring::secret(const QStringList& attributes) const
 {
-    const auto property = [this](const QString& path, const QString& interface, const QString& name) {
-        return QDBusReply<QDBusVariant>(call(m_connection, path, u"org.freedesktop.DBus.Properties"_s,
-                                             u"Get"_s, {interface, name}))
-            .value()
-            .variant();
-    };
-    const auto paths = qdbus_cast<QList<QDBusObjectPath>>(
-        property(collectionPath, u"org.freedesktop.Secret.Collection"_s, u"Items"_s));
-    QList<Attributes> all;
-    for (const QDBusObjectPath& path : paths) {
-        auto attributes =
-            qdbus_cast<Attributes>(property(path.path(), u"org.freedesktop.Secret.Item"_s, u"Attributes"_s));
-        // This daemon gives every item that comes without a schema the generic one.
-        if (attributes.value(u"xdg:schema"_s) == "org.freedesktop.Secret.Generic"_L1)
-            attributes.remove(u"xdg:schema"_s);
-        all.append(attributes);
-    }
-    return all;
+    return outputOfTool(QStringList{u"lookup"_s} + attributes).value_or(QByteArray());
 }
 
-bool PrivateKeyring::store(const Attributes& attributes, const QByteArray& secret)
+bool PrivateKeyring::store(const QStringList& attributes, const QByteArray& secret)
 {
-    const QDBusMessage session = call(m_connection, servicePath, serviceInterface, u"OpenSession"_s,
-                                      {u"plain"_s, QVariant::fromValue(QDBusVariant(QString()))});
-    if (session.type() != QDBusMessage::ReplyMessage)
-        return false;
-
-    const QVariantMap properties{
-        {u"org.freedesktop.Secret.Item.Label"_s, u"Foreign"_s},
-        {u"org.freedesktop.Secret.Item.Attributes"_s, QVariant::fromValue(attributes)},
-    };
-    const PlainSecret value{session.arguments().at(1).value<QDBusObjectPath>(), secret};
-    return call(m_connection, collectionPath, u"org.freedesktop.Secret.Collection"_s, u"CreateItem"_s,
-                {properties, QVariant::fromValue(value), false})
-               .type()
-           == QDBusMessage::ReplyMessage;
+    return outputOfTool(QStringList{u"store"_s, u"--label=Foreign"_s} + attributes, secret).has_value();
 }
 
 } // namespace orvia::test
