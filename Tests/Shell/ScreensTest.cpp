@@ -1,12 +1,7 @@
 #include "../Session/SessionFixture.h"
-#include "Theme/Theme.h"
 #include "Views/BannerView.h"
-#include "Views/ConversationDetailView/ConversationDetailView.h"
-#include "Views/ConversationListView/ConversationListView.h"
 #include "Views/MainSplitView.h"
 #include "Views/RootView.h"
-#include "Views/SidebarView.h"
-#include "Views/VisitorPanel/VisitorPanel.h"
 #include "Views/Widgets/Button.h"
 #include "Views/Widgets/Label.h"
 #include "Views/Widgets/Picker.h"
@@ -25,7 +20,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto loginPath = "/v1/agent/login";
-constexpr auto inboxPath = "/v1/agent/conversations";
 
 template <class Widget>
 Widget* named(const QWidget& root, const QString& name)
@@ -36,14 +30,12 @@ Widget* named(const QWidget& root, const QString& name)
     return nullptr;
 }
 
-/// Every text that shows, in the order of creation.
-QStringList shownTexts(const QWidget& root)
+/// Whether a label with @p text shows.
+bool shows(const QWidget& root, const QString& text)
 {
-    QStringList texts;
-    for (const QLabel* label : root.findChildren<QLabel*>())
-        if (label->isVisible() && !label->text().isEmpty())
-            texts.append(label->text());
-    return texts;
+    const QList<QLabel*> labels = root.findChildren<QLabel*>();
+    return std::ranges::any_of(
+        labels, [&](const QLabel* label) { return label->isVisible() && label->text() == text; });
 }
 
 class ShellTest : public SessionFixture {
@@ -60,22 +52,11 @@ protected:
         return *root;
     }
 
-    RootView& openSignIn()
-    {
-        makeSession();
-        return openRoot();
-    }
-
     RootView& openMain()
     {
-        service.always("GET", inboxPath, ScriptedAnswer::json("{\"conversations\":[]}"));
+        scriptInbox({});
         signIn();
         return openRoot();
-    }
-
-    qsizetype inboxRequests() const
-    {
-        return static_cast<qsizetype>(service.requests("GET", inboxPath).size());
     }
 
     Sheet* openSettings()
@@ -89,24 +70,21 @@ protected:
 
 } // namespace
 
-TEST_F(ShellTest, SignInWaitsForBothFieldsAndShowsTheRefusal)
+TEST_F(ShellTest, SignInSendsOnceAndShowsTheRefusalUntilTheNextAttempt)
 {
-    const RootView& window = openSignIn();
+    makeSession();
+    const RootView& window = openRoot();
     auto* email = named<TextField>(window, u"Email"_s);
     auto* password = named<SecureField>(window, u"Password"_s);
     auto* button = named<Button>(window, u"Sign In"_s);
     ASSERT_TRUE(email && password && button);
-    EXPECT_TRUE(email->hasFocus());
-    EXPECT_FALSE(button->isEnabled());
     email->setText(u"mara@tessaly.example"_s);
     EXPECT_FALSE(button->isEnabled());
     QTest::keyClick(email, Qt::Key_Return);
-    QTest::keyClick(password, Qt::Key_Return);
     EXPECT_TRUE(service.requests("POST", loginPath).empty());
 
     const auto held = service.hold("POST", loginPath);
     password->setText(u" secret "_s);
-    EXPECT_TRUE(button->isEnabled());
     QTest::keyClick(password, Qt::Key_Return);
     EXPECT_TRUE(button->isBusy());
     EXPECT_FALSE(button->isEnabled());
@@ -117,68 +95,37 @@ TEST_F(ShellTest, SignInWaitsForBothFieldsAndShowsTheRefusal)
     EXPECT_EQ(service.requests("POST", loginPath).size(), 1U)
         << "a second Return while working sends nothing";
     EXPECT_FALSE(button->isBusy());
-    EXPECT_THAT(shownTexts(window), testing::Contains(u"Invalid email or password"_s));
-    EXPECT_EQ(email->text(), u"mara@tessaly.example"_s);
-    EXPECT_EQ(password->text(), u" secret "_s);
-    EXPECT_THAT(bodyOf(service.requests("POST", loginPath)).toStdString(),
-                testing::HasSubstr("\" secret \""));
+    EXPECT_TRUE(shows(window, u"Invalid email or password"_s));
+    EXPECT_EQ(bodyOf(service.requests("POST", loginPath)),
+              R"({"email":"mara@tessaly.example","password":" secret "})");
 
-    // The next attempt starts without the old error.
     const auto second = service.hold("POST", loginPath);
     button->click();
-    EXPECT_THAT(shownTexts(window), testing::Not(testing::Contains(u"Invalid email or password"_s)));
+    EXPECT_FALSE(shows(window, u"Invalid email or password"_s));
     second->answer(refusal(500, "x"));
     EXPECT_TRUE(waitUntil([&] { return button->isEnabled(); }));
 }
 
-TEST_F(ShellTest, SettingsShowTheAgentAndCountTheMutedConversations)
+TEST_F(ShellTest, SettingsShowWhatTheServiceKeeps)
 {
-    struct Case {
-        std::optional<QStringList> muted;
-        QString caption;
-    };
-    const Case cases[] = {{std::nullopt, {}},
-                          {QStringList{}, {}},
-                          {QStringList{u"a"_s}, u"1 muted conversation"_s},
-                          {QStringList{u"a"_s, u"b"_s, u"c"_s}, u"3 muted conversations"_s}};
-    for (const Case& one : cases) {
-        self.mutedConversationIds = one.muted;
-        self.notifyMode = std::nullopt;
-        openMain();
-        const Sheet* sheet = openSettings();
-        const QStringList captions = shownTexts(*sheet).filter(u"muted conversation"_s);
-        EXPECT_EQ(captions, one.caption.isEmpty() ? QStringList() : QStringList{one.caption});
-        EXPECT_EQ(named<Picker>(*sheet, u"Notify me about"_s)->currentText(), u"Everything"_s);
-        EXPECT_THAT(shownTexts(*sheet),
-                    testing::IsSupersetOf({u"Mara Ellison"_s, u"agent"_s, u"127.0.0.1"_s}));
-        EXPECT_THAT(shownTexts(*sheet), testing::Not(testing::Contains(u"Admin"_s)));
-        root.reset();
-    }
-}
-
-TEST_F(ShellTest, ThePickerShowsWhatTheServiceKeeps)
-{
-    self.notifyMode = NotifyMode::mine;
+    self.mutedConversationIds = QStringList{u"c1"_s};
     openMain();
-    auto* picker = named<Picker>(*openSettings(), u"Notify me about"_s);
-    EXPECT_EQ(picker->currentText(), u"Mine and unassigned"_s);
-    QStringList rows;
-    for (int row = 0; row < picker->count(); ++row)
-        rows.append(picker->itemText(row));
-    EXPECT_EQ(rows, (QStringList{u"Everything"_s, u"Mine and unassigned"_s, u"Mentions only"_s}));
+    const Sheet* sheet = openSettings();
+    EXPECT_TRUE(shows(*sheet, u"1 muted conversation"_s));
+    auto* picker = named<Picker>(*sheet, u"Notify me about"_s);
+    EXPECT_EQ(picker->currentText(), u"Everything"_s) << "what the service does not say";
 
-    picker->setFocus();
     picker->setCurrentIndex(2);
     const auto held = service.hold("PATCH", "/v1/agent/me/preferences");
     Q_EMIT picker->activated(2);
-    EXPECT_EQ(picker->currentText(), u"Mine and unassigned"_s) << "not before the service has it";
+    EXPECT_EQ(picker->currentText(), u"Everything"_s) << "not before the service has it";
     ASSERT_TRUE(waitUntil([&] { return held->isWaiting(); }));
     self.notifyMode = NotifyMode::mentions;
     held->answer(answerOf(AgentResponse{self}));
     EXPECT_TRUE(waitUntil([&] { return picker->currentText() == u"Mentions only"_s; }));
 }
 
-TEST_F(ShellTest, TheSidebarWritesTheFiltersAndReloadsWhenItMust)
+TEST_F(ShellTest, TheSidebarWritesTheFiltersAndFollowsThem)
 {
     Product second;
     second.id = u"p2"_s;
@@ -187,134 +134,47 @@ TEST_F(ShellTest, TheSidebarWritesTheFiltersAndReloadsWhenItMust)
     RootView& window = openMain();
     auto* productList = named<SidebarList>(window, u"Products"_s);
     auto* queue = named<SidebarList>(window, u"Queue"_s);
-    auto* status = named<SidebarList>(window, u"Status"_s);
-    ASSERT_TRUE(productList && queue && status);
-    const auto texts = [](const SidebarList* list) {
-        QStringList rows;
-        for (int row = 0; row < list->model()->rowCount(); ++row)
-            rows.append(list->model()->index(row, 0).data(Qt::AccessibleTextRole).toString());
-        return rows;
-    };
-    EXPECT_EQ(texts(productList),
-              (QStringList{u"All Products"_s, u"Larkspur Coffee"_s, u"Halden & Cycles"_s}));
-    EXPECT_EQ(texts(queue), (QStringList{u"All"_s, u"Unassigned"_s, u"Mine"_s}));
-    EXPECT_EQ(texts(status), (QStringList{u"Open"_s, u"Closed"_s}));
-    EXPECT_EQ(productList->selectedRow(), 0);
-
-    const auto click = [](SidebarList* list, int row, Qt::KeyboardModifiers modifiers = {}) {
-        const QPoint middle = list->visualRect(list->model()->index(row, 0)).center();
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, modifiers, middle);
-    };
-    click(productList, 2);
-    EXPECT_EQ(session->productFilter(), u"p2"_s);
-    click(productList, 2, Qt::ControlModifier);
-    EXPECT_EQ(session->productFilter(), u"p2"_s) << "a choice is not taken back";
-    click(productList, 0);
-    EXPECT_EQ(session->productFilter(), std::nullopt);
+    ASSERT_TRUE(productList && queue);
+    const QModelIndex row = productList->model()->index(2, 0);
+    EXPECT_EQ(row.data(Qt::AccessibleTextRole), u"Halden & Cycles"_s);
+    for (const Qt::KeyboardModifiers modifiers : {Qt::NoModifier, Qt::ControlModifier}) {
+        QTest::mouseClick(productList->viewport(), Qt::LeftButton, modifiers,
+                          productList->visualRect(row).center());
+        EXPECT_EQ(session->productFilter(), u"p2"_s) << "a choice is not taken back";
+    }
     queue->setFocus();
     QTest::keyClick(queue, Qt::Key_Down);
     EXPECT_EQ(session->queue(), InboxQueue::unassigned);
-    click(status, 1);
-    EXPECT_EQ(session->statusFilter(), ConversationStatus::closed);
 
     // What the session changes by itself shows as well.
-    session->setProductFilter(u"p1"_s);
+    session->setProductFilter(std::nullopt);
     session->setQueue(InboxQueue::mine);
-    EXPECT_EQ(productList->selectedRow(), 1);
+    EXPECT_EQ(productList->selectedRow(), 0);
     EXPECT_EQ(queue->selectedRow(), 2);
 
     ASSERT_TRUE(waitUntil([&] { return !session->isLoadingList(); }));
-    const qsizetype before = inboxRequests();
     named<Switch>(window, u"Show snoozed"_s)->click();
     EXPECT_TRUE(session->showSnoozed());
-    EXPECT_TRUE(waitUntil([&] { return inboxRequests() > before; }));
+    EXPECT_TRUE(session->isLoadingList()) << "another page is needed";
     EXPECT_TRUE(waitUntil([&] { return !session->isLoadingList(); }));
-}
-
-TEST_F(ShellTest, TheStripTellsWhetherTheChannelStands)
-{
-    service.always("GET", inboxPath, ScriptedAnswer::json("{\"conversations\":[]}"));
-    connectLive();
-    RootView& window = openRoot();
-    EXPECT_THAT(shownTexts(window), testing::Contains(u"Connected"_s));
-    service.pause();
-    EXPECT_TRUE(waitUntil([&] { return shownTexts(window).contains(u"Reconnecting"_s); }));
 }
 
 TEST_F(ShellTest, TheBannerComesWithItsWholeTextAndTakesNothing)
 {
     RootView& window = openMain();
     BannerView* banner = window.banner();
-    EXPECT_FALSE(banner->isVisible());
     const QString text = u"Network error: "_s + u"<b>very long</b> "_s.repeated(20);
-    QWidget* focused = QApplication::focusWidget();
+    const QWidget* focused = QApplication::focusWidget();
     session->showBanner(text);
     EXPECT_TRUE(banner->isVisible());
     EXPECT_TRUE(banner->isElided());
     EXPECT_EQ(QApplication::focusWidget(), focused);
     EXPECT_TRUE(banner->testAttribute(Qt::WA_TransparentForMouseEvents));
-    EXPECT_TRUE(waitUntil([&] { return banner->panelInParent().top() == 10; }));
-    EXPECT_EQ(banner->panelInParent().width(), 560);
-    QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(banner);
-    EXPECT_EQ(spoken->role(), QAccessible::AlertMessage);
-    EXPECT_EQ(spoken->text(QAccessible::Name), text);
-
-    session->showBanner(u"Short"_s);
-    EXPECT_FALSE(banner->isElided());
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(banner)->text(QAccessible::Name), text);
     // A sheet does not hide what it causes.
     openSettings();
     const QObjectList& children = window.children();
     EXPECT_GT(children.indexOf(banner), children.indexOf(Sheet::topmost(&window)));
-}
-
-TEST_F(ShellTest, ThePanelTakesItsRoomFromInboxAndSidebarAndGivesItBack)
-{
-    scriptInbox({makeConversation(u"c1"_s), makeConversation(u"c2"_s)});
-    for (const char* path :
-         {"/v1/agent/conversations/c1", "/v1/agent/conversations/c2", "/v1/agent/conversations/c1/messages",
-          "/v1/agent/conversations/c2/messages", "/v1/agent/visitors/conversations", "/v1/agent/canned"})
-        service.always("GET", path, refusal(404, "Nothing here"));
-    signIn();
-    RootView& window = openRoot();
-    const auto* sidebar = window.findChild<SidebarView*>();
-    const auto* inbox = window.findChild<ConversationListView*>();
-    const auto widths = [&] {
-        QStringList texts{QString::number(sidebar->width()), QString::number(inbox->width())};
-        for (const auto* view :
-             window.findChildren<ConversationDetailView*>(QString(), Qt::FindChildrenRecursively))
-            if (view->isVisible())
-                texts.append(QString::number(view->width()));
-        for (const auto* view : window.findChildren<VisitorPanel*>())
-            if (view->isVisible())
-                texts.append(QString::number(view->width()));
-        return texts.join(u' ');
-    };
-    // The line after a column is part of its share.
-    EXPECT_EQ(widths(), u"209 319"_s);
-    session->setSelectedConversationId(u"c1"_s);
-    EXPECT_EQ(widths(), u"209 319 550"_s);
-    session->setShowVisitorPanel(true);
-    EXPECT_EQ(widths(), u"179 279 319 300"_s);
-    EXPECT_EQ(window.screen()->minimumSizeHint().width(), 1080);
-    session->setShowVisitorPanel(false);
-    EXPECT_EQ(widths(), u"209 319 550"_s);
-    EXPECT_EQ(window.screen()->minimumSizeHint().width(), 820);
-
-    const QPointer<ConversationDetailView> first = window.findChild<ConversationDetailView*>();
-    session->setSelectedConversationId(u"c2"_s);
-    EXPECT_TRUE(waitUntil([&] { return first.isNull(); })) << "another conversation gets a view of its own";
-    EXPECT_EQ(widths(), u"209 319 550"_s);
-    session->setSelectedConversationId(std::nullopt);
-    EXPECT_EQ(widths(), u"209 319"_s);
-}
-
-TEST_F(ShellTest, WithoutASelectionTheScreenSaysSo)
-{
-    RootView& window = openMain();
-    EXPECT_THAT(shownTexts(window),
-                testing::IsSupersetOf({u"No Conversation"_s, u"Select a conversation from the list."_s}));
-    EXPECT_GE(window.minimumSizeHint().width(), 820);
-    EXPECT_GE(window.minimumSizeHint().height(), 480);
 }
 
 } // namespace orvia::test
