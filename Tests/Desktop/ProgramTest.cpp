@@ -45,19 +45,12 @@ protected:
 
 TEST_F(BareDesktop, NeedsNoEmojiAndHardlyAFont)
 {
-    const struct {
-        const char* name;
-        QByteArray directories;
-    } cases[] = {
-        {"one font without emoji", "<dir>/usr/share/fonts/truetype/dejavu</dir>"},
-        {"no font at all", ""},
-    };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.name);
+    for (const QByteArray directories : {"<dir>/usr/share/fonts/truetype/dejavu</dir>", ""}) {
+        SCOPED_TRACE(directories.toStdString());
         QFile file(bus.directory() + "/fonts.conf"_L1);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("<?xml version='1.0'?><fontconfig>" + one.directories + "<cachedir>"
-                   + bus.directory().toUtf8() + "/fonts</cachedir></fontconfig>");
+        file.write("<?xml version='1.0'?><fontconfig>" + directories + "<cachedir>" + bus.directory().toUtf8()
+                   + "/fonts</cachedir></fontconfig>");
         file.close();
         environment.set("FONTCONFIG_FILE", QFile::encodeName(file.fileName()));
         expectToWork();
@@ -67,9 +60,8 @@ TEST_F(BareDesktop, NeedsNoEmojiAndHardlyAFont)
 TEST_F(BareDesktop, NeedsNoPlaceToWrite)
 {
     // The token is still read where it was; nothing else can be made in the home.
-    environment.set("XDG_CONFIG_HOME", "/proc/nowhere");
-    environment.set("XDG_CACHE_HOME", "/proc/nowhere");
-    environment.set("XDG_RUNTIME_DIR", "/proc/nowhere");
+    for (const char* variable : {"XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
+        environment.set(variable, "/proc/nowhere");
     expectToWork();
 }
 
