@@ -1,20 +1,14 @@
 #include "Platform/Notifications.h"
 
 #include "Support/BusPeers.h"
-#include "Support/PrivateBus.h"
 #include "Support/Waiting.h"
 
 #include <gmock/gmock.h>
-
-#include <QDBusMessage>
-#include <QDBusReply>
-#include <QDBusVariant>
 
 namespace orvia {
 
 using namespace Qt::StringLiterals;
 using test::NotificationServer;
-using test::PrivateBus;
 using test::waitUntil;
 
 namespace {
@@ -32,14 +26,6 @@ protected:
                          });
     }
 
-    std::optional<bool> availability()
-    {
-        std::optional<bool> answer;
-        notifications.askWhetherAvailable([&](bool isAvailable) { answer = isAvailable; });
-        EXPECT_TRUE(waitUntil([&] { return answer.has_value(); }));
-        return answer;
-    }
-
     void present(NotificationServer& server, const Notification& notification)
     {
         const qsizetype before = server.shown.size();
@@ -55,24 +41,11 @@ protected:
         ASSERT_TRUE(waitUntil([&] { return clicks.size() > before; }));
     }
 
-    PrivateBus bus;
+    test::PrivateBus bus;
     test::BusConnection own{bus};
     Notifications notifications{sender, own.name()};
     QList<std::pair<int, QString>> clicks;
 };
-
-TEST_F(NotificationsTest, AServerOnTheBusIsPermission)
-{
-    EXPECT_EQ(availability(), false);
-    {
-        const NotificationServer server(bus, {});
-        EXPECT_EQ(availability(), true);
-    }
-    EXPECT_EQ(availability(), false);
-    bus.kill();
-    EXPECT_EQ(availability(), false);
-    notifications.present({.title = u"to nobody"_s});
-}
 
 TEST_F(NotificationsTest, ShowsTextAsItIsWrittenWhateverTheServerUnderstands)
 {
@@ -111,17 +84,6 @@ TEST_F(NotificationsTest, BoundsLongTextsBetweenCharacters)
     EXPECT_TRUE(body.endsWith(u"\U0001F600\u2026"_s));
 }
 
-TEST_F(NotificationsTest, HintsFollowTheRequest)
-{
-    NotificationServer server(bus, {});
-    present(server, {.title = u"kept and silent"_s});
-    EXPECT_FALSE(server.shown.constLast().hints.contains(u"transient"_s));
-    EXPECT_FALSE(server.shown.constLast().hints.contains(u"sound-name"_s));
-    present(server, {.title = u"banner with sound"_s, .isTransient = true, .hasSound = true});
-    EXPECT_EQ(server.shown.constLast().hints.value(u"transient"_s), true);
-    EXPECT_EQ(server.shown.constLast().hints.value(u"sound-name"_s), u"message-new-instant"_s);
-}
-
 TEST_F(NotificationsTest, OnlyClicksOnItsOwnOpenNotificationsCount)
 {
     NotificationServer server(bus, {u"actions"_s});
@@ -158,49 +120,13 @@ TEST_F(NotificationsTest, ANewServerKnowsNothingOfTheOldOnesNotifications)
         present(server, {.title = u"old"_s, .userInfo = {{u"n"_s, 1}}});
     }
     NotificationServer server(bus, {u"actions"_s});
-    ASSERT_EQ(availability(), true);
+    std::optional<bool> isAvailable;
+    notifications.askWhetherAvailable([&](bool answer) { isAvailable = answer; });
+    ASSERT_TRUE(waitUntil([&] { return isAvailable == true; })) << "the end of the old one is known";
     Q_EMIT server.ActionInvoked(1, u"default"_s);
     present(server, {.title = u"new"_s, .userInfo = {{u"n"_s, 2}}});
     clickAndWait(server, 1);
     EXPECT_EQ(clicks, (QList<std::pair<int, QString>>{{2, u""_s}}));
-}
-
-TEST_F(NotificationsTest, WorksWithARealServer)
-{
-    test::ChildProcess display;
-    display.process().start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"640x480x24"_s});
-    while (!display.process().canReadLine() && display.process().waitForReadyRead(10000)) {
-    }
-    const QByteArray number = display.process().readLine().trimmed();
-    ASSERT_FALSE(number.isEmpty()) << "Xvfb does not start";
-    test::ScopedEnvironment environment;
-    environment.set("DISPLAY", ':' + number);
-    test::ChildProcess server;
-    server.process().start(u"dunst"_s, QStringList());
-    ASSERT_TRUE(waitUntil([&] { return availability() == true; })) << "dunst does not start";
-
-    const QString dunst = u"org.dunstproject.cmd0"_s;
-    const auto call = [&](const QString& interface, const QString& method, const QVariantList& arguments) {
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            u"org.freedesktop.Notifications"_s, u"/org/freedesktop/Notifications"_s, interface, method);
-        message.setArguments(arguments);
-        return own.connection().call(message);
-    };
-    const auto displayed = [&] {
-        const QDBusReply<QDBusVariant> reply =
-            call(u"org.freedesktop.DBus.Properties"_s, u"Get"_s, {dunst, u"displayedLength"_s});
-        return reply.value().variant().toUInt();
-    };
-
-    notifications.present({.title = u"<b>Ann</b>"_s,
-                           .body = u"a < b & c"_s,
-                           .isTransient = false,
-                           .hasSound = true,
-                           .userInfo = {{u"n"_s, 7}}});
-    ASSERT_TRUE(waitUntil([&] { return displayed() == 1; }));
-    call(dunst, u"NotificationAction"_s, {0u});
-    ASSERT_TRUE(waitUntil([&] { return !clicks.isEmpty(); }));
-    EXPECT_EQ(clicks.constFirst().first, 7);
 }
 
 } // namespace
