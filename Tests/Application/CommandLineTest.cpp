@@ -12,13 +12,11 @@ TEST_F(CommandLineTest, WrongArgumentsGetOneClearLine)
     const QString missing = bus.directory() + "/missing.conf"_L1;
     const std::pair<QStringList, QByteArray> wrong[] = {
         {{u"--nonsense"_s}, "nonsense"},
-        {{u"-x"_s}, "x"},
         {{u"--config"_s}, "config"},
         {{u"--config"_s, missing}, missing.toUtf8()},
         {{u"--config"_s, bus.directory()}, bus.directory().toUtf8()},
         {{u"--config=two\nlines"_s}, "two lines"},
         {{u"conversation"_s}, "conversation"},
-        {{u""_s}, "not a link"},
         {{u"orvia://conversation/a"_s, u"orvia://conversation/b"_s}, "at most one link"},
         {{u"-platform"_s, u"offscreen"_s, u"--nonsense"_s}, "nonsense"},
         {{u"-platform"_s, u"offscreen"_s, u"--config"_s, missing}, missing.toUtf8()},
@@ -50,34 +48,6 @@ TEST_F(CommandLineTest, ExplainsItselfWithoutADisplay)
     EXPECT_EQ(version.exitCode(), 0);
     EXPECT_THAT(version.output().toStdString(), testing::MatchesRegex("orvia [0-9.]+\n"));
     EXPECT_EQ(help.errors() + version.errors(), "");
-}
-
-TEST_F(CommandLineTest, TheConfigurationNamesTheService)
-{
-    demo::DemoService other;
-    ASSERT_TRUE(other.listen());
-    signInBeforehand();
-    QDir(bus.directory()).mkpath(u"config/orvia"_s);
-    writeConfiguration(other.origin(), u"config/orvia/orvia.conf"_s);
-    {
-        Console named(arguments());
-        ASSERT_TRUE(waitForRequest(u"/v1/agent/me"_s));
-        EXPECT_TRUE(other.requests().empty());
-    }
-    Console usual({});
-    ASSERT_TRUE(waitUntil([&] { return !other.requests().empty(); }));
-    EXPECT_EQ(other.requests().front().path, u"/v1/agent/me"_s);
-}
-
-TEST_F(CommandLineTest, ALinkWaitsForTheAgent)
-{
-    signInBeforehand();
-    service.holdAnswers(true);
-    Console console(arguments({u"orvia://conversation/helen-brandt"_s}));
-    ASSERT_TRUE(waitForRequest(u"/v1/agent/me"_s));
-    EXPECT_EQ(timesAsked(u"/v1/agent/conversations/helen-brandt"_s), 0);
-    service.holdAnswers(false);
-    EXPECT_TRUE(waitForConversation(u"helen-brandt"_s));
 }
 
 } // namespace orvia::test

@@ -34,22 +34,18 @@ void ConsoleTest::SetUp()
     ASSERT_TRUE(service.listen());
 }
 
-QString ConsoleTest::writeConfiguration(const QUrl& origin, const QString& name) const
-{
-    const QString file = bus.directory() + u'/' + name;
-    PrivateFile(file).write("APIBaseURL=" + origin.toEncoded() + '\n');
-    return file;
-}
-
 QStringList ConsoleTest::arguments(const QStringList& more) const
 {
-    return QStringList{u"--config"_s, writeConfiguration(service.origin())} + more;
+    const QString file = bus.directory() + "/console.conf"_L1;
+    PrivateFile(file).write("APIBaseURL=" + service.origin().toEncoded() + '\n');
+    return QStringList{u"--config"_s, file} + more;
 }
 
-void ConsoleTest::storeToken(const QString& token) const
+void ConsoleTest::signInBeforehand()
 {
     PrivateFileStorage storage(bus.dataHome() + "/orvia/keychain"_L1);
-    ASSERT_EQ(storage.add(token.toUtf8(), AppIdentity::identifier, u"agentToken"_s), SecretStatus::success);
+    ASSERT_EQ(storage.add(service.tokenOf(u"mara"_s).toUtf8(), AppIdentity::identifier, u"agentToken"_s),
+              SecretStatus::success);
 }
 
 qsizetype ConsoleTest::timesAsked(const QString& path) const

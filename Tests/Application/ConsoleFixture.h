@@ -6,8 +6,6 @@
 
 #include <gmock/gmock.h>
 
-#include <optional>
-
 namespace orvia::test {
 
 /// The real program, started with @p arguments and ended with the test.
@@ -32,14 +30,10 @@ class ConsoleTest : public testing::Test {
 protected:
     void SetUp() override;
 
-    /// Writes a configuration file that names @p origin and answers its name.
-    QString writeConfiguration(const QUrl& origin,
-                               const QString& name = QStringLiteral("console.conf")) const;
     /// Arguments that make the program use the service, and then @p more.
     QStringList arguments(const QStringList& more = {}) const;
-    /// Leaves the token where the program looks for it, as an earlier sign-in would have done.
-    void storeToken(const QString& token) const;
-    void signInBeforehand() { storeToken(service.tokenOf(QStringLiteral("mara"))); }
+    /// Leaves a token where the program looks for it, as an earlier sign-in would have done.
+    void signInBeforehand();
 
     /// How often the service was asked for the conversation.
     qsizetype timesAsked(const QString& path) const;

@@ -5,9 +5,10 @@
 
 #include <QDBusConnectionInterface>
 
+#include <algorithm>
 #include <csignal>
 
-/// What the desktop asks of the program: one instance, links, a start by the bus.
+/// What the desktop asks of the program: one instance, links, a start by the bus, an end.
 namespace orvia::test {
 
 using namespace Qt::StringLiterals;
@@ -38,44 +39,21 @@ protected:
     BusConnection desktop{bus};
 };
 
-TEST_F(DesktopTest, ASecondStartHandsItsLinkToTheFirst)
+TEST_F(DesktopTest, ASecondStartEndsAndLeavesTheSessionToTheFirst)
 {
     signInBeforehand();
     Console first(arguments());
     ASSERT_TRUE(waitForChannel());
     service.clearJournal();
-
     Console second(arguments({u"orvia://conversation/helen-brandt"_s}));
     EXPECT_EQ(second.exitCode(), 0);
     EXPECT_TRUE(waitForConversation(u"helen-brandt"_s));
     // A second session would ask who it is.
     EXPECT_EQ(timesAsked(u"/v1/agent/me"_s), 0);
-
-    Console third(arguments());
-    EXPECT_EQ(third.exitCode(), 0);
-    callApplication(u"Open"_s, {QStringList{u"orvia://conversation/ravi-menon"_s}, QVariantMap()});
-    EXPECT_TRUE(waitForConversation(u"ravi-menon"_s));
-    EXPECT_EQ(timesAsked(u"/v1/agent/me"_s), 0);
     EXPECT_TRUE(first.isRunning());
 }
 
-TEST_F(DesktopTest, WithoutABusTheConsoleWorks)
-{
-    signInBeforehand();
-    bus.kill();
-    for (const bool hasAddress : {true, false}) {
-        if (!hasAddress)
-            environment.unset("DBUS_SESSION_BUS_ADDRESS");
-        service.clearJournal();
-        Console console(arguments({u"orvia://conversation/helen-brandt"_s}));
-        EXPECT_TRUE(waitForConversation(u"helen-brandt"_s));
-        EXPECT_TRUE(waitForChannel());
-        console.signal(SIGTERM);
-        EXPECT_EQ(console.exitCode(), 0);
-    }
-}
-
-TEST_F(DesktopTest, TheConsoleOutlivesTheBus)
+TEST_F(DesktopTest, OutlivesTheBusAndWorksWithoutOne)
 {
     signInBeforehand();
     Console console(arguments());
@@ -86,6 +64,48 @@ TEST_F(DesktopTest, TheConsoleOutlivesTheBus)
     EXPECT_TRUE(console.isRunning());
     console.signal(SIGTERM);
     EXPECT_EQ(console.exitCode(), 0);
+
+    service.clearJournal();
+    Console alone(arguments({u"orvia://conversation/helen-brandt"_s}));
+    EXPECT_TRUE(waitForConversation(u"helen-brandt"_s));
+    EXPECT_TRUE(waitForChannel());
+}
+
+TEST_F(DesktopTest, EndsInOrderWhenAskedTo)
+{
+    signInBeforehand();
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        // The last one while the service owes an answer.
+        service.holdAnswers(signal == SIGHUP);
+        service.clearJournal();
+        Console console(arguments());
+        ASSERT_TRUE(signal == SIGHUP ? waitForRequest(u"/v1/agent/me"_s) : waitForChannel());
+        console.signal(signal);
+        EXPECT_EQ(console.exitCode(), 0) << "signal " << signal;
+        EXPECT_EQ(console.errors() + console.output(), "");
+    }
+}
+
+/// The machine sleeps: the program stands still while the service and the time go on without it.
+TEST_F(DesktopTest, ComesBackAfterItWasSuspended)
+{
+    signInBeforehand();
+    Console console(arguments({u"orvia://conversation/helen-brandt"_s}));
+    ASSERT_TRUE(waitForConversation(u"helen-brandt"_s));
+    ASSERT_TRUE(waitForChannel());
+    const quint16 port = service.port();
+    console.signal(SIGSTOP);
+    service.stop();
+    ASSERT_TRUE(service.listen(port));
+    service.clearJournal();
+    console.signal(SIGCONT);
+    // It says again what is open.
+    EXPECT_TRUE(waitUntil([this] {
+        return std::ranges::any_of(service.frames(), [](const demo::DemoService::Frame& frame) {
+            return frame.text.contains("viewing") && frame.text.contains("helen-brandt");
+        });
+    }));
+    EXPECT_EQ(service.live().channelCount(), 1U);
 }
 
 /// The program as the bus starts it, on a display that shows whether there is a window.

@@ -78,6 +78,15 @@ protected:
         Q_EMIT fields.last()->returnPressed();
     }
 
+    /// Leaves a token and an identity for the next application.
+    static void signInBeforehand()
+    {
+        OrviaApp application;
+        start(application);
+        signIn();
+        ASSERT_TRUE(waitUntil([] { return DefaultsStore().data(u"cachedIdentity"_s).has_value(); }));
+    }
+
     static qsizetype timesOpened(const QString& id)
     {
         return std::ranges::count(service->requests(), "/v1/agent/conversations/"_L1 + id,
@@ -89,33 +98,27 @@ protected:
     PrivateFileStorage storage{bus->dataHome() + "/orvia/keychain"_L1};
 };
 
-TEST_F(OrviaAppTest, ALinkSurvivesARefusedToken)
+TEST_F(OrviaAppTest, ALinkSurvivesARefusedTokenAndIsOpenedForOneAgentOnly)
 {
-    {
-        OrviaApp application;
-        start(application);
-        signIn();
-        ASSERT_TRUE(waitUntil([] { return DefaultsStore().data(u"cachedIdentity"_s).has_value(); }));
-    }
+    signInBeforehand();
     storage.add("stale", AppIdentity::identifier, u"agentToken"_s);
-    service->clearJournal();
-
     OrviaApp application;
     start(application, {QUrl(u"orvia://conversation/helen-brandt"_s)});
     ASSERT_TRUE(waitUntil([] { return signInScreen() != nullptr; }));
     service->clearJournal();
     signIn();
-    EXPECT_TRUE(waitUntil([] { return timesOpened(u"helen-brandt"_s) > 0; }));
+    ASSERT_TRUE(waitUntil([] { return timesOpened(u"helen-brandt"_s) > 0 && !service->frames().empty(); }));
+    application.session()->logout();
+    ASSERT_NE(signInScreen(), nullptr);
+    service->clearJournal();
+    signIn();
+    ASSERT_TRUE(waitUntil([] { return !service->frames().empty(); }));
+    EXPECT_EQ(timesOpened(u"helen-brandt"_s), 0);
 }
 
 TEST_F(OrviaAppTest, ATokenWithoutAnIdentityIsFoundBehindTheSignIn)
 {
-    {
-        OrviaApp application;
-        start(application);
-        signIn();
-        ASSERT_TRUE(waitUntil([] { return DefaultsStore().data(u"cachedIdentity"_s).has_value(); }));
-    }
+    signInBeforehand();
     DefaultsStore().remove(u"cachedIdentity"_s);
 
     OrviaApp application;
@@ -126,12 +129,7 @@ TEST_F(OrviaAppTest, ATokenWithoutAnIdentityIsFoundBehindTheSignIn)
 
 TEST_F(OrviaAppTest, AKeyringThatHangsDoesNotKeepTheWindowFromShowing)
 {
-    {
-        OrviaApp application;
-        start(application);
-        signIn();
-        ASSERT_TRUE(waitUntil([] { return DefaultsStore().data(u"cachedIdentity"_s).has_value(); }));
-    }
+    signInBeforehand();
     // Nothing is read from it later than the end of this test: the keyring's side of this process is shared.
     const QThreadPool& pool = *QThreadPool::globalInstance();
     const auto readingEnd =
@@ -145,26 +143,20 @@ TEST_F(OrviaAppTest, AKeyringThatHangsDoesNotKeepTheWindowFromShowing)
     EXPECT_NE(signInScreen(), nullptr);
 }
 
-TEST_F(OrviaAppTest, ALinkIsNotOpenedForTheNextAgentToo)
+TEST_F(OrviaAppTest, TheDesktopColoursBringsBackAndClosesTheWindow)
 {
-    OrviaApp application;
-    start(application, {QUrl(u"orvia://conversation/helen-brandt"_s)});
-    signIn();
-    ASSERT_TRUE(waitUntil([] { return timesOpened(u"helen-brandt"_s) > 0 && !service->frames().empty(); }));
-    application.session()->logout();
-    ASSERT_NE(signInScreen(), nullptr);
-    service->clearJournal();
-    signIn();
-    ASSERT_TRUE(waitUntil([] { return !service->frames().empty(); }));
-    EXPECT_EQ(timesOpened(u"helen-brandt"_s), 0);
-}
-
-TEST_F(OrviaAppTest, TheDesktopBringsTheWindowBack)
-{
+    constexpr uint dark = 1;
+    constexpr uint light = 2;
+    FakePortal portal(*bus, dark, false);
     ScopedEnvironment environment;
     environment.unset("XDG_ACTIVATION_TOKEN");
     OrviaApp application;
     start(application);
+    EXPECT_TRUE(waitUntil([] { return Theme::shared().isDark(); }));
+    Q_EMIT portal.SettingChanged(u"org.freedesktop.appearance"_s, u"color-scheme"_s,
+                                 QDBusVariant(QVariant(light)));
+    EXPECT_TRUE(waitUntil([] { return !Theme::shared().isDark(); }));
+
     window()->showMinimized();
     BusConnection desktop(*bus);
     QDBusMessage call = QDBusMessage::createMethodCall(AppIdentity::identifier, u"/io/tessaly/Orvia"_s,
@@ -174,27 +166,9 @@ TEST_F(OrviaAppTest, TheDesktopBringsTheWindowBack)
     EXPECT_TRUE(waitUntil([] { return !window()->isMinimized(); }));
     EXPECT_TRUE(window()->isVisible());
     EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "leave to come to the front");
-}
 
-TEST_F(OrviaAppTest, TheDesktopChoosesTheAppearance)
-{
-    constexpr uint dark = 1;
-    constexpr uint light = 2;
-    FakePortal portal(*bus, dark, false);
-    OrviaApp application;
-    start(application);
-    EXPECT_TRUE(waitUntil([] { return Theme::shared().isDark(); }));
-    Q_EMIT portal.SettingChanged(u"org.freedesktop.appearance"_s, u"color-scheme"_s,
-                                 QDBusVariant(QVariant(light)));
-    EXPECT_TRUE(waitUntil([] { return !Theme::shared().isDark(); }));
-}
-
-TEST_F(OrviaAppTest, ClosingTheWindowEndsTheProgram)
-{
-    OrviaApp application;
-    start(application);
     QTimer::singleShot(0, window(), &QWidget::close);
-    EXPECT_EQ(QApplication::exec(), 0);
+    EXPECT_EQ(QApplication::exec(), 0) << "the program ends with its window";
 }
 
 } // namespace
