@@ -1,5 +1,4 @@
 #include "Application/ConsoleFixture.h"
-#include "Support/BusPeers.h"
 
 #include <QFile>
 
