@@ -15,19 +15,11 @@ SCREEN = "1400x1000x24"
 
 # Only the accessibility bus may be started by asking for it: a keyring or a notification server that happens to
 # be installed would make runs differ between machines.
-BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-BUS Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:dir={directory}</listen>
-  <servicedir>{services}</servicedir>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-"""
+BUS_CONFIGURATION = (
+    "<busconfig><type>session</type><listen>unix:dir={directory}</listen><servicedir>{services}</servicedir>"
+    '<policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/>'
+    '<allow own="*"/></policy></busconfig>'
+)
 
 # Of prctl(2).
 SET_PARENT_DEATH_SIGNAL = 1
@@ -36,15 +28,6 @@ SET_CHILD_SUBREAPER = 36
 
 def _end_with_parent():
     ctypes.CDLL(None).prctl(SET_PARENT_DEATH_SIGNAL, signal.SIGKILL)
-
-
-def _children():
-    """The process numbers of this process's children."""
-    return [
-        int(number)
-        for task in pathlib.Path("/proc/self/task").iterdir()
-        for number in (task / "children").read_text().split()
-    ]
 
 
 class Program:
@@ -59,19 +42,18 @@ class Program:
     def is_running(self):
         return self.process.poll() is None
 
-    def end(self, seconds=10):
+    def end(self):
         """Answers the exit status."""
         if self.is_running:
             self.process.terminate()
         try:
-            return self.process.wait(seconds)
+            return self.process.wait(10)
         except subprocess.TimeoutExpired:
             self.process.kill()
             return self.process.wait()
         finally:
-            for stream in (self.process.stdout, self.process.stderr):
-                if stream:
-                    stream.close()
+            if self.process.stdout:
+                self.process.stdout.close()
 
 
 class Desktop:
@@ -128,9 +110,10 @@ class Desktop:
     def end(self):
         while self._programs:
             self._programs.pop().end()
-        for orphan in _children():
-            os.kill(orphan, signal.SIGTERM)
-            os.waitpid(orphan, 0)
+        for task in pathlib.Path("/proc/self/task").iterdir():
+            for orphan in map(int, (task / "children").read_text().split()):
+                os.kill(orphan, signal.SIGTERM)
+                os.waitpid(orphan, 0)
         self._directory.cleanup()
 
     def _install_browser(self):
@@ -171,35 +154,3 @@ class Desktop:
         if not address:
             raise RuntimeError("The session bus did not start.")
         return address
-
-
-def _xdotool(*arguments):
-    subprocess.run(["xdotool", *(str(argument) for argument in arguments)], check=True, timeout=30)
-
-
-def press(*keys):
-    """Presses keys one after the other, named as in "Return" or "shift+Return"."""
-    _xdotool("key", "--clearmodifiers", "--delay", "8", *keys)
-
-
-def type_text(text):
-    """Types on the keyboard what it has keys for."""
-    _xdotool("type", "--clearmodifiers", "--delay", "8", "--", text)
-
-
-def click_at(x, y, button=1):
-    _xdotool("mousemove", "--sync", x, y, "click", button)
-
-
-def focus_window(process_id):
-    """Gives the keyboard to the newest visible window of the process; no window manager does."""
-    found = subprocess.run(
-        ["xdotool", "search", "--onlyvisible", "--pid", str(process_id)],
-        check=False, timeout=30, capture_output=True, text=True,
-    ).stdout.split()  # fmt: skip
-    if found:
-        _xdotool("windowfocus", "--sync", found[-1])
-
-
-def save_screenshot(path):
-    subprocess.run(["import", "-window", "root", str(path)], check=False, timeout=30)

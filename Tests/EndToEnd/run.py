@@ -5,15 +5,14 @@ Uses the real console through its accessibility tree, with the real demo service
 """
 
 import pathlib
+import subprocess
 import sys
 import unittest
 
 # The folder of the sources stays as it is.
 sys.dont_write_bytecode = True
 
-from desktop import Desktop, save_screenshot  # noqa: E402
-
-FOLDER = pathlib.Path(__file__).parent
+from desktop import Desktop  # noqa: E402
 
 
 class Result(unittest.TextTestResult):
@@ -30,10 +29,10 @@ class Result(unittest.TextTestResult):
     def _show(self, test):
         console = getattr(test, "console", None)
         if console and console.program.is_running:
-            print(f"\n{test.id()} fails with this on the screen:\n{console.dump()}", file=sys.stderr)
-            picture = pathlib.Path.cwd() / f"{test.id()}.png"
-            save_screenshot(picture)
-            print(f"A picture of it is in {picture.name}.", file=sys.stderr)
+            print(f"\n{test.id()} fails with this on the screen:\n{console.root.dump()}", file=sys.stderr)
+            picture = f"{test.id()}.png"
+            subprocess.run(["import", "-window", "root", picture], check=False, timeout=30)
+            print(f"A picture of it is in {picture}.", file=sys.stderr)
 
 
 def run(console_program, service_program, names):
@@ -45,16 +44,9 @@ def run(console_program, service_program, names):
         Scenario.desktop = desktop
         Scenario.console_program = console_program
         Scenario.service_program = service_program
-        loader = unittest.TestLoader()
-        if names:
-            tests = loader.loadTestsFromNames(names)
-        else:
-            tests = loader.discover(str(FOLDER), pattern="test_*.py")
-        if loader.errors or tests.countTestCases() == 0:
-            print("\n".join(loader.errors) or "There are no tests.", file=sys.stderr)
-            return False
-        runner = unittest.TextTestRunner(resultclass=Result, verbosity=2)
-        return runner.run(tests).wasSuccessful()
+        names = names or sorted(path.stem for path in pathlib.Path(__file__).parent.glob("test_*.py"))
+        tests = unittest.defaultTestLoader.loadTestsFromNames(names)
+        return unittest.TextTestRunner(resultclass=Result, verbosity=2).run(tests).wasSuccessful()
     finally:
         desktop.end()
 

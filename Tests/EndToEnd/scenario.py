@@ -1,8 +1,8 @@
 """What every test starts from: the service with its seed, and a console of a user who is new."""
 
-import os
 import unittest
 
+from accessibility import State
 from console import Console
 from demo_service import DemoService
 
@@ -36,16 +36,15 @@ class Scenario(unittest.TestCase):
     def as_agent(self, agent):
         return self.service.sign_in(agent)
 
-    def assert_spoken(self, node, *parts):
-        """The name of the node has these parts, in this order."""
-        position = 0
-        for part in parts:
-            found = node.name.find(part, position)
-            self.assertGreaterEqual(found, 0, f"{part!r} in {node.name!r}")
-            position = found + len(part)
-
-    def make_file(self, name, content):
+    def attach(self, name, content):
+        """Attaches a file through the dialogue that asks which."""
         path = self.desktop.directory("files") / name
         path.write_bytes(content)
-        self.addCleanup(os.unlink, path)
-        return path
+        console = self.console
+        console.click(console.find("push button", "Attach a file"))
+        dialog = console.find("dialog")
+        console.take_keyboard()
+        console.find("text", within=dialog, state=State.EDITABLE).set_text(str(path))
+        console.press("Return")
+        console.gone("dialog")
+        console.take_keyboard()

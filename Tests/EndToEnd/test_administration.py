@@ -1,95 +1,80 @@
-"""An administrator sets up the team, a product and canned responses, and an agent uses them."""
+"""The settings, where an administrator also sets up the team, a product and canned responses."""
 
 from accessibility import containing, wait_until
 from scenario import Scenario
 
 
-class Administration(Scenario):
+class Settings(Scenario):
     def page(self, title):
-        """Opens a page of the settings sheet, the sheet first if need be."""
-        console = self.console
-        if not console.root.all("dialog"):
-            console.click(console.find("push button", "Settings"))
-        console.click(console.find("push button", title))
-        console.find("dialog", title)
+        """Opens a page of the settings sheet."""
+        self.console.click(self.console.find("push button", title))
+        self.console.find("dialog", title)
 
-    def row(self, title, text):
-        """A row of the page; the sidebar has lists with the same names."""
-        page = self.console.find("dialog", title)
-        return self.console.find("list item", containing(text), within=page)
-
-    def back(self):
-        self.console.click(self.console.find("push button", "Back"))
-        self.console.find("push button", "Sign Out")
-
-    def fill(self, **texts):
+    def create(self, kind, **texts):
+        """Fills in a form and leaves it open."""
+        self.console.click(self.console.find("push button", f"New {kind}"))
         for label, text in texts.items():
-            role = "password text" if label == "Password" else "text"
-            self.console.find(role, label).set_text(text)
+            self.console.find("password text" if label == "Password" else "text", label).set_text(text)
 
     def confirm(self, button):
         self.console.click(self.console.find("push button", button))
         self.console.gone("push button", "Cancel")
 
-    def admin(self, path, member):
-        return self.as_agent("mara").get(f"/v1/admin/{path}")[member]
+    def row(self, title, text):
+        """A row of the page; the sidebar has lists with the same names."""
+        return self.console.find("list item", containing(text), within=self.console.find("dialog", title))
 
-    def test_sets_up_a_team_and_its_answers(self):
+    def back(self):
+        self.console.click(self.console.find("push button", "Back"))
+        self.console.find("push button", "Sign Out")
+
+    def kept(self, path, member, name):
+        """What the service keeps under the name, none when there is nothing."""
+        found = self.as_agent("mara").get(f"/v1/admin/{path}")[member]
+        return next((record for record in found if name in (record.get("name"), record.get("shortcut"))), None)
+
+    def test_an_administrator_sets_up_a_team_and_its_answers(self):
         console = self.console
+        console.click(console.find("push button", "Settings"))
+        console.find("label", "mara@tessaly.example", description=containing("Email"))
+        console.choose("Notify me about", "Mentions only")
+        mara = self.as_agent("mara")
+        wait_until("The mode is kept.", lambda: mara.get("/v1/agent/me")["agent"]["notifyMode"] == "mentions")
 
         self.page("Agents")
-        console.click(console.find("push button", "New agent"))
-        self.fill(Name="Noor Haddad", Email="noor@tessaly.example", Password="secret")
+        self.create("agent", Name="Noor Haddad", Email="noor@tessaly.example", Password="secret")
         console.activate(console.find("check box", "Halden Cycles"))
         self.confirm("Create")
         self.row("Agents", "Noor Haddad")
-        noor = next(agent for agent in self.admin("agents", "agents") if agent["name"] == "Noor Haddad")
+        noor = self.kept("agents", "agents", "Noor Haddad")
         self.assertEqual((noor["role"], noor["productIds"]), ("agent", ["halden"]))
         self.back()
 
         self.page("Products")
-        console.click(console.find("push button", "New product"))
-        self.fill(Name="Tidewater Books", Slug="tidewater-books")
+        self.create("product", Name="Tidewater Books", Slug="tidewater-books")
         self.confirm("Create")
         console.click(self.row("Products", "Tidewater Books"))
         console.find("text", "Header title").set_text("Ask a bookseller")
-        console.find("text", "Delay (seconds)").set_text("x")
         console.choose("Position", "Left")
         self.confirm("Save")
-        product = wait_until(
-            "The widget is kept.",
-            lambda: next(
-                (p for p in self.admin("products", "products") if p["name"] == "Tidewater Books" and p.get("widget")),
-                None,
-            ),
-        )
-        self.assertEqual(
-            product["widget"],
-            {
-                "title": "Ask a bookseller",
-                "position": "left",
-                "greeting": {"enabled": False, "delaySeconds": 0},
-            },
-        )
+        wait_until("The widget is kept.", lambda: self.kept("products", "products", "Tidewater Books").get("widget"))
+        widget = self.kept("products", "products", "Tidewater Books")["widget"]
+        self.assertEqual((widget["title"], widget["position"]), ("Ask a bookseller", "left"))
         self.back()
 
         self.page("Canned Responses")
-        for shortcut, body in (("tide", "The tide table is on its way."), ("oops", "A mistake.")):
-            console.click(console.find("push button", "New canned response"))
-            self.fill(Shortcut=shortcut, Body=body)
+        for shortcut in ("tide", "oops"):
+            self.create("canned response", Shortcut=shortcut, Body="The tide table is on its way.")
             self.confirm("Create")
             self.row("Canned Responses", f"/{shortcut}")
         console.click(self.row("Canned Responses", "/oops"))
         console.press("Delete")
         console.gone("list item", containing("/oops"))
-        wait_until(
-            "The service has forgotten it.",
-            lambda: "oops" not in [canned["shortcut"] for canned in self.admin("canned", "canned")],
-        )
+        wait_until("The service has forgotten it.", lambda: not self.kept("canned", "canned", "oops"))
         self.back()
 
-        console.click(console.find("push button", "Sign Out"))
-        console.find("push button", "Sign In")
+        console.press("Escape")
+        console.sign_out()
         console.sign_in("mara", self.service.password)
         console.open("Helen Brandt")
         field = console.composer()
@@ -98,3 +83,13 @@ class Administration(Scenario):
         console.find("push button", containing("/tide", "The tide table is on its way."))
         console.press("Return")
         wait_until("The new answer is inserted.", lambda: field.text == "The tide table is on its way.")
+
+
+class SettingsOfAnAgent(Scenario):
+    agent = "joanna"
+
+    def test_have_no_administration(self):
+        console = self.console
+        console.click(console.find("push button", "Settings"))
+        console.find("label", "agent", description=containing("Role"))
+        console.gone("push button", "Canned Responses")

@@ -13,7 +13,7 @@ import shlex
 import stat
 import subprocess
 
-from accessibility import State, containing, wait_until
+from accessibility import containing, wait_until
 from gateway import Answer, Gateway
 from scenario import Scenario
 
@@ -144,14 +144,7 @@ class Secrets(Scenario):
         console.activate(console.find("push button", containing("foreign.pdf"), within=thread))
         wait_until("A foreign file is opened.", lambda: f"{stranger}/foreign.pdf" in self.desktop.opened_links)
 
-        path = self.make_file("guide.txt", b"Lids and seals\n")
-        console.click(console.find("push button", "Attach a file"))
-        dialog = console.find("dialog")
-        console.take_keyboard()
-        console.find("text", within=dialog, state=State.EDITABLE).set_text(str(path))
-        console.press("Return")
-        console.gone("dialog")
-        console.take_keyboard()
+        self.attach("guide.txt", b"Lids and seals\n")
         console.row("Messages", "guide.txt, 15 bytes")
 
         messages = "/v1/agent/conversations/helen-brandt/messages"
@@ -203,12 +196,9 @@ class Secrets(Scenario):
         return answer._replace(body=json.dumps(detail).encode())
 
     def sign_out_and_end(self):
-        console = self.console
-        console.click(console.find("push button", "Settings"))
-        console.click(console.find("push button", "Sign Out"))
-        console.find("push button", "Sign In")
-        self.assertEqual(console.end(), 0)
-        ending = re.compile(rf"^{console.program.process.pid} +\+\+\+ exited", re.MULTILINE)
+        self.console.sign_out()
+        self.assertEqual(self.console.end(), 0)
+        ending = re.compile(rf"^{self.console.program.process.pid} +\+\+\+ exited", re.MULTILINE)
         wait_until("All is noted.", lambda: ending.search(self.trace.read_text()))
         self.calls = Calls(self.trace)
 
