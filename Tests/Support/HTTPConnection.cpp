@@ -74,9 +74,9 @@ void HTTPConnection::send(const ScriptedAnswer& answer)
     m_output = answer.bytes();
     m_ending = answer.ending;
     m_pause = answer.pause;
-    if (answer.bytewise || m_pause.count() > 0) {
+    if (m_pause.count() > 0) {
         m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-        const qsizetype head = answer.bytewise ? 0 : m_output.indexOf("\r\n\r\n") + 4;
+        const qsizetype head = m_output.indexOf("\r\n\r\n") + 4;
         m_socket->write(m_output.left(head));
         m_output.remove(0, head);
         sendNextByte();

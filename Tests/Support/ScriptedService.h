@@ -30,7 +30,6 @@ struct ScriptedAnswer {
     QByteArray body = {};
     std::optional<QByteArray> raw = {}; ///< sent as it is in place of status line, headers and body
     Ending ending = Ending::keepOpen;
-    bool bytewise = false;              ///< each byte is sent alone
     std::chrono::milliseconds pause{0}; ///< before each byte of the body, which is sent alone then
 
     static ScriptedAnswer json(QByteArray body, int status = 200);

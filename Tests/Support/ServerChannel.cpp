@@ -59,13 +59,6 @@ void ServerChannel::sendRaw(const QByteArray& bytes)
         m_socket->write(bytes);
 }
 
-void ServerChannel::close(quint16 code)
-{
-    const quint16 bigEndian = qToBigEndian(code);
-    sendFrame(closing, QByteArray(reinterpret_cast<const char*>(&bigEndian), sizeof bigEndian));
-    hangUp();
-}
-
 void ServerChannel::hangUp()
 {
     if (m_socket)

@@ -39,8 +39,6 @@ public:
     void sendBinary(const QByteArray& message);
     void sendFrame(Opcode opcode, const QByteArray& payload, bool final = true);
     void sendRaw(const QByteArray& bytes);
-    /// Says goodbye with @p code and closes.
-    void close(quint16 code = 1000);
     /// Ends the connection in order, but without a close frame.
     void hangUp();
     /// Tears the connection down without a close frame.
