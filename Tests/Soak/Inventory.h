@@ -52,12 +52,12 @@ public:
     {
         for (QNetworkAccessManager* manager : living<QNetworkAccessManager>())
             manager->clearConnectionCache();
-        QThreadPool::globalInstance()->waitForDone();
         QPixmapCache::clear();
         for (int round = 0; round < 3; ++round) {
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
             QCoreApplication::processEvents();
         }
+        QThreadPool::globalInstance()->waitForDone();
 
         Inventory inventory;
         forEachObject([&](QObject* object) {

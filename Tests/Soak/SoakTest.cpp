@@ -224,7 +224,9 @@ private:
         m_session.setNotifyMode(isFirst ? NotifyMode::mine : NotifyMode::all);
         m_session.assign(id, isFirst ? std::optional(m_session.agent()->id) : std::nullopt);
         m_session.snooze(id, currentInstant() + 20ms);
-        m_session.setStatus(isFirst ? ConversationStatus::closed : ConversationStatus::open, id);
+        if (isFirst)
+            m_closed = id;
+        m_session.setStatus(isFirst ? ConversationStatus::closed : ConversationStatus::open, m_closed);
     }
 
     void search()
@@ -314,6 +316,7 @@ private:
     RootView m_window;
     int m_messages = 0; ///< of visitors
     int m_turn = 0;
+    QString m_closed; ///< the conversation that is opened again next
 };
 
 Inventory inventoryAt(const char* when)
