@@ -47,6 +47,8 @@ public:
     {
         if (!m_bus.isConnected())
             return;
+        // The toolkit looks the slot's types up by their names, which it has not met before the first answer.
+        qRegisterMetaType<QDBusVariant>();
         m_bus.connect(portalName, portalPath, settingsInterface, u"SettingChanged"_s, this,
                       SLOT(onSettingChanged(QString, QString, QDBusVariant)));
         auto* watcher =
