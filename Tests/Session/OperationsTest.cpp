@@ -78,6 +78,29 @@ TEST_F(OperationsTest, SendsTheTrimmedTextAndMergesTheMessageOnce)
     })) << "the inbox entry still takes the event";
 }
 
+TEST_F(OperationsTest, AChangeIsWhatTheServiceAnswersAndWhenItDoes)
+{
+    Session& made = start();
+    const std::pair<const char*, std::function<QCoro::Task<void>()>> changes[] = {
+        {"assign", [&] { return made.assign(u"c1"_s, u"a2"_s); }},
+        {"snooze", [&] { return made.snooze(u"c1"_s, std::nullopt); }},
+        {"close", [&] { return made.setStatus(ConversationStatus::closed, u"c1"_s); }},
+        {"open", [&] { return made.setStatus(ConversationStatus::open, u"c1"_s); }},
+    };
+    Conversation shown = *made.conversations().find(u"c1"_s);
+    for (const auto& [name, change] : changes) {
+        SCOPED_TRACE(name);
+        const auto held = service.hold("POST", QByteArray("/v1/agent/conversations/c1/") + name);
+        const auto outcome = startTask(change());
+        ASSERT_TRUE(waitUntil([&] { return held->isWaiting(); }));
+        EXPECT_EQ(*made.conversations().find(u"c1"_s), shown);
+        shown.lastMessagePreview = QString::fromLatin1(name);
+        held->answer(answerOf(ConversationResponse{shown}));
+        ASSERT_TRUE(waitUntil([&] { return outcome->finished(); }));
+        EXPECT_EQ(*made.conversations().find(u"c1"_s), shown);
+    }
+}
+
 TEST_F(OperationsTest, PreferencesSurviveARestart)
 {
     self.mutedConversationIds = QStringList{u"c1"_s, u"c2"_s, u"c1"_s};
