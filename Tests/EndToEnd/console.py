@@ -12,8 +12,13 @@ class Console:
         configuration = desktop.path / "orvia.conf"
         configuration.write_text(f"APIBaseURL={origin}\n")
         self.program = desktop.start(program, "--config", configuration, *arguments)
-        self.root = wait_until("The program joins the accessibility bus.", self._application)
-        self.find("frame")
+        try:
+            self.root = wait_until("The program joins the accessibility bus.", self._application)
+            self.find("frame")
+        except NotThere:
+            # Left running it would take the place of the next.
+            self.program.end()
+            raise
         self.take_keyboard()
 
     def end(self):

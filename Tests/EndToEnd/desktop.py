@@ -69,9 +69,9 @@ class Desktop:
             if name.startswith("XDG_") or name in ("WAYLAND_DISPLAY", "AT_SPI_BUS_ADDRESS", "QT_QPA_PLATFORM"):
                 del os.environ[name]
         home = self.directory("home")
+        # Before the buses start: the accessibility bus has its socket among the user's files.
+        os.environ.update(HOME=str(home), XDG_RUNTIME_DIR=str(self.directory("runtime")))
         os.environ.update(
-            HOME=str(home),
-            XDG_RUNTIME_DIR=str(self.directory("runtime")),
             DISPLAY=self._start_display(),
             DBUS_SESSION_BUS_ADDRESS=self._start_bus(),
             QT_QPA_PLATFORM="xcb",

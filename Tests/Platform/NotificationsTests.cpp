@@ -5,6 +5,10 @@
 
 #include <gmock/gmock.h>
 
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QDBusVariant>
+
 namespace orvia {
 
 using namespace Qt::StringLiterals;
@@ -24,6 +28,14 @@ protected:
                          [this](const QVariantMap& userInfo, const QString& token) {
                              clicks.append({userInfo.value(u"n"_s).toInt(), token});
                          });
+    }
+
+    bool isServed()
+    {
+        std::optional<bool> answer;
+        notifications.askWhetherAvailable([&](bool isAvailable) { answer = isAvailable; });
+        EXPECT_TRUE(waitUntil([&] { return answer.has_value(); }));
+        return answer.value_or(false);
     }
 
     void present(NotificationServer& server, const Notification& notification)
@@ -127,6 +139,43 @@ TEST_F(NotificationsTest, ANewServerKnowsNothingOfTheOldOnesNotifications)
     present(server, {.title = u"new"_s, .userInfo = {{u"n"_s, 2}}});
     clickAndWait(server, 1);
     EXPECT_EQ(clicks, (QList<std::pair<int, QString>>{{2, u""_s}}));
+}
+
+TEST_F(NotificationsTest, WorksWithARealServer)
+{
+    test::ChildProcess display;
+    display.process().start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"640x480x24"_s});
+    while (!display.process().canReadLine() && display.process().waitForReadyRead(10000)) {
+    }
+    const QByteArray number = display.process().readLine().trimmed();
+    ASSERT_FALSE(number.isEmpty()) << "Xvfb does not start";
+    test::ScopedEnvironment environment;
+    environment.set("DISPLAY", ':' + number);
+    test::ChildProcess server;
+    server.process().start(u"dunst"_s, QStringList());
+    ASSERT_TRUE(waitUntil([&] { return isServed(); })) << "dunst does not start";
+
+    const QString dunst = u"org.dunstproject.cmd0"_s;
+    const auto call = [&](const QString& interface, const QString& method, const QVariantList& arguments) {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            u"org.freedesktop.Notifications"_s, u"/org/freedesktop/Notifications"_s, interface, method);
+        message.setArguments(arguments);
+        return own.connection().call(message);
+    };
+    const auto displayed = [&] {
+        const QDBusReply<QDBusVariant> reply =
+            call(u"org.freedesktop.DBus.Properties"_s, u"Get"_s, {dunst, u"displayedLength"_s});
+        return reply.value().variant().toUInt();
+    };
+    notifications.present({.title = u"<b>Ann</b>"_s,
+                           .body = u"a < b & c"_s,
+                           .isTransient = false,
+                           .hasSound = true,
+                           .userInfo = {{u"n"_s, 7}}});
+    ASSERT_TRUE(waitUntil([&] { return displayed() == 1; }));
+    call(dunst, u"NotificationAction"_s, {0u});
+    ASSERT_TRUE(waitUntil([&] { return !clicks.isEmpty(); }));
+    EXPECT_EQ(clicks.constFirst().first, 7);
 }
 
 } // namespace
