@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QUrl>
 
+#include <stop_token>
+
 namespace orvia {
 
 class NetworkSession;
@@ -47,7 +49,9 @@ public:
     [[nodiscard]] QCoro::Task<Message> uploadAttachment(QString conversationId, QString fileName,
                                                         QString mimeType, QByteArray data, bool note) const;
     [[nodiscard]] QCoro::Task<std::vector<CannedResponse>> canned(std::optional<QString> productId) const;
-    [[nodiscard]] QCoro::Task<std::vector<SearchResult>> search(QString query, int limit) const;
+    /// @p stop ends the request early, for a search that is superseded; its outcome then says nothing.
+    [[nodiscard]] QCoro::Task<std::vector<SearchResult>> search(QString query, int limit,
+                                                                std::stop_token stop = {}) const;
     [[nodiscard]] QCoro::Task<std::vector<Conversation>> visitorConversations(QString email) const;
     /// Strict: one malformed teammate fails the call.
     [[nodiscard]] QCoro::Task<std::vector<Agent>> teammates() const;
@@ -81,7 +85,7 @@ private:
     template <class Response>
     QCoro::Task<Response> perform(QByteArray method, QString path, Query query = {},
                                   std::optional<QByteArray> bodyData = std::nullopt,
-                                  QByteArray contentType = {}) const;
+                                  QByteArray contentType = {}, std::stop_token stop = {}) const;
 
     /// @c perform with @p body encoded as JSON.
     template <class Response, class Body>

@@ -175,10 +175,11 @@ QCoro::Task<std::vector<CannedResponse>> APIClient::canned(std::optional<QString
     co_return std::move(response.canned.wrappedValue);
 }
 
-QCoro::Task<std::vector<SearchResult>> APIClient::search(QString text, int limit) const
+QCoro::Task<std::vector<SearchResult>> APIClient::search(QString text, int limit, std::stop_token stop) const
 {
     Query query{{u"q"_s, text}, {u"limit"_s, QString::number(limit)}};
-    auto response = co_await perform<SearchResponse>("GET", u"/v1/agent/search"_s, std::move(query));
+    auto response = co_await perform<SearchResponse>("GET", u"/v1/agent/search"_s, std::move(query), {}, {},
+                                                     std::move(stop));
     co_return std::move(response.results.wrappedValue);
 }
 

@@ -73,6 +73,7 @@ struct Transfer {
     QNetworkReply* const reply;
     QByteArray received; ///< taken over as it arrives
     bool isTooLarge = false;
+    std::optional<std::stop_callback<std::function<void()>>> onStop; ///< until the end
 };
 
 } // namespace
@@ -85,16 +86,13 @@ public:
     {
     }
 
-    void perform(const QNetworkRequest& request, const QByteArray& method,
-                 const std::optional<QByteArray>& body, const Receiver& receive);
+    void perform(Request request, const Receiver& receive);
 
 private:
-    /// @p mayRepeat says whether the request is sent once more when it stays unanswered.
-    void attempt(const QNetworkRequest& request, const QByteArray& method,
-                 const std::optional<QByteArray>& body, const Receiver& receive, bool mayRepeat);
     QNetworkAccessManager& manager();
-    QNetworkReply* start(const QNetworkRequest& request, const QByteArray& method,
-                         const std::optional<QByteArray>& body);
+    /// @p mayRepeat says whether the request is sent once more when it stays unanswered.
+    void attempt(const Request& request, const Receiver& receive, bool mayRepeat);
+    QNetworkReply* start(const Request& request);
     void receivePart(Transfer& transfer) const;
     static Answer finish(Transfer& transfer);
 
@@ -102,25 +100,23 @@ private:
     QNetworkAccessManager* m_manager = nullptr; ///< made in the thread
 };
 
-void NetworkSession::Exchange::perform(const QNetworkRequest& request, const QByteArray& method,
-                                       const std::optional<QByteArray>& body, const Receiver& receive)
+void NetworkSession::Exchange::perform(Request request, const Receiver& receive)
 {
-    QNetworkRequest buffered = request;
-    buffered.setAttribute(QNetworkRequest::MaximumDownloadBufferSizeAttribute, largestReservation);
+    request.head.setAttribute(QNetworkRequest::MaximumDownloadBufferSizeAttribute, largestReservation);
     // Only what changes nothing: whether the service has acted on the request is not known (RFC 9110, 9.2.2).
-    attempt(buffered, method, body, receive, method == "GET");
+    attempt(request, receive, request.method == "GET");
 }
 
-void NetworkSession::Exchange::attempt(const QNetworkRequest& request, const QByteArray& method,
-                                       const std::optional<QByteArray>& body, const Receiver& receive,
-                                       bool mayRepeat)
+void NetworkSession::Exchange::attempt(const Request& request, const Receiver& receive, bool mayRepeat)
 {
-    const auto transfer = std::make_shared<Transfer>(start(request, method, body));
-    connect(transfer->reply, &QNetworkReply::readyRead, this, [this, transfer] { receivePart(*transfer); });
-    connect(transfer->reply, &QNetworkReply::finished, this, [=, this] {
-        transfer->reply->deleteLater();
-        if (mayRepeat && isUnanswered(*transfer->reply)) {
-            attempt(request, method, body, receive, false);
+    const auto transfer = std::make_shared<Transfer>(start(request));
+    QNetworkReply* const reply = transfer->reply;
+    connect(reply, &QNetworkReply::readyRead, this, [this, transfer] { receivePart(*transfer); });
+    connect(reply, &QNetworkReply::finished, this, [=, this] {
+        transfer->onStop.reset();
+        reply->deleteLater();
+        if (mayRepeat && isUnanswered(*reply)) {
+            attempt(request, receive, false);
             return;
         }
         Answer answer = finish(*transfer);
@@ -129,6 +125,10 @@ void NetworkSession::Exchange::attempt(const QNetworkRequest& request, const QBy
         else
             QThreadPool::globalInstance()->start(
                 [receive, answer = std::move(answer)]() mutable { receive(std::move(answer)); });
+    });
+    // Called in the thread that asks for it.
+    transfer->onStop.emplace(request.stop, [reply] {
+        QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
     });
 }
 
@@ -142,15 +142,14 @@ QNetworkAccessManager& NetworkSession::Exchange::manager()
     return *m_manager;
 }
 
-QNetworkReply* NetworkSession::Exchange::start(const QNetworkRequest& request, const QByteArray& method,
-                                               const std::optional<QByteArray>& body)
+QNetworkReply* NetworkSession::Exchange::start(const Request& request)
 {
     // A GET or DELETE without a body must not carry a length either, which a custom request would add.
-    if (method == "GET")
-        return manager().get(request);
-    if (method == "DELETE" && !body)
-        return manager().deleteResource(request);
-    return manager().sendCustomRequest(request, method, body.value_or(QByteArray()));
+    if (request.method == "GET")
+        return manager().get(request.head);
+    if (request.method == "DELETE" && !request.body)
+        return manager().deleteResource(request.head);
+    return manager().sendCustomRequest(request.head, request.method, request.body.value_or(QByteArray()));
 }
 
 void NetworkSession::Exchange::receivePart(Transfer& transfer) const
@@ -209,12 +208,11 @@ NetworkSession::~NetworkSession()
     Q_EMIT ending(QPrivateSignal());
 }
 
-void NetworkSession::send(const QNetworkRequest& request, QByteArray method, std::optional<QByteArray> body,
-                          Receiver receive)
+void NetworkSession::send(Request request, Receiver receive)
 {
-    QMetaObject::invokeMethod(
-        m_exchange, [exchange = m_exchange, request, method = std::move(method), body = std::move(body),
-                     receive = std::move(receive)] { exchange->perform(request, method, body, receive); });
+    QMetaObject::invokeMethod(m_exchange,
+                              [exchange = m_exchange, request = std::move(request),
+                               receive = std::move(receive)] { exchange->perform(request, receive); });
 }
 
 NetworkSession::Answer NetworkSession::canceled()

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <type_traits>
 
 namespace orvia {
@@ -77,10 +78,11 @@ public:
 
     /// Performs @p request with @p method, waits for the whole answer and answers what @p read makes of it.
     /// @p read is called on another thread; it must not throw and shares nothing with its caller that
-    /// changes.
+    /// changes. @p stop ends the request before its answer has come; what it then answers says nothing.
     template <class Read>
     [[nodiscard]] QCoro::Task<ReadingOf<Read>> perform(QNetworkRequest request, QByteArray method,
-                                                       std::optional<QByteArray> body, Read read);
+                                                       std::optional<QByteArray> body, Read read,
+                                                       std::stop_token stop = {});
 
 Q_SIGNALS:
     void ending(QPrivateSignal);
@@ -88,6 +90,13 @@ Q_SIGNALS:
 private:
     class Exchange;
     using Receiver = std::function<void(Answer)>;
+
+    struct Request {
+        QNetworkRequest head;
+        QByteArray method;
+        std::optional<QByteArray> body;
+        std::stop_token stop;
+    };
 
     /// Resumes the awaiting coroutine when its watcher has finished, or the session ends. Unlike a watcher
     /// of the coroutine library it needs no further turn of the event loop, which may never come.
@@ -105,8 +114,7 @@ private:
     };
 
     /// Calls @p receive on another thread, unless the session ends before.
-    void send(const QNetworkRequest& request, QByteArray method, std::optional<QByteArray> body,
-              Receiver receive);
+    void send(Request request, Receiver receive);
     static Answer canceled();
 
     QThread m_thread;
@@ -115,7 +123,8 @@ private:
 
 template <class Read>
 QCoro::Task<NetworkSession::ReadingOf<Read>>
-NetworkSession::perform(QNetworkRequest request, QByteArray method, std::optional<QByteArray> body, Read read)
+NetworkSession::perform(QNetworkRequest request, QByteArray method, std::optional<QByteArray> body, Read read,
+                        std::stop_token stop)
 {
     using Result = ReadingOf<Read>;
     if (!m_thread.isRunning())
@@ -126,7 +135,8 @@ NetworkSession::perform(QNetworkRequest request, QByteArray method, std::optiona
     auto* const watcher = new QFutureWatcher<std::shared_ptr<Result>>(this);
     watcher->setFuture(promise->future());
     connect(this, &NetworkSession::ending, watcher, &QFutureWatcherBase::finished);
-    send(request, std::move(method), std::move(body), [promise, read](Answer answer) mutable {
+    Request sent{request, std::move(method), std::move(body), std::move(stop)};
+    send(std::move(sent), [promise, read](Answer answer) mutable {
         promise->addResult(std::make_shared<Result>(read(std::move(answer))));
         promise->finish();
     });

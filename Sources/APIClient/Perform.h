@@ -60,7 +60,8 @@ Outcome<Response> responseIn(const NetworkSession::Answer& answer)
 
 template <class Response>
 QCoro::Task<Response> APIClient::perform(QByteArray method, QString path, Query query,
-                                         std::optional<QByteArray> bodyData, QByteArray contentType) const
+                                         std::optional<QByteArray> bodyData, QByteArray contentType,
+                                         std::stop_token stop) const
 {
     const QUrl url = api::endpointURL(baseURL, path, query);
     const QNetworkRequest request =
@@ -69,7 +70,7 @@ QCoro::Task<Response> APIClient::perform(QByteArray method, QString path, Query 
         throw APIError(QStringLiteral("Network error: ") + QStringLiteral("Operation canceled"));
     // Nothing of this client is touched from here on: it may be gone.
     Outcome<Response> outcome = co_await urlSession->perform(request, std::move(method), std::move(bodyData),
-                                                             api::responseIn<Response>);
+                                                             api::responseIn<Response>, std::move(stop));
     if (outcome.failure)
         throw APIError(std::move(*outcome.failure));
     co_return std::move(*outcome.answer);

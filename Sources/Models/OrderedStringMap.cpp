@@ -49,7 +49,11 @@ QString OrderedStringMap::textFromNumber(double number)
     if (std::round(number) == number && std::abs(number) < 1e15)
         return QString::number(static_cast<qint64>(number));
     std::array<char, 32> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
+    char* const end = buffer.data() + buffer.size();
+    // By itself it writes 0.0001 as 1e-04, which is shorter, and 0.00025 as it is.
+    const bool isSmallFraction = std::abs(number) < 1 && std::abs(number) >= 1e-4;
+    const auto result = isSmallFraction ? std::to_chars(buffer.data(), end, number, std::chars_format::fixed)
+                                        : std::to_chars(buffer.data(), end, number);
     return QString::fromLatin1(buffer.data(), result.ptr - buffer.data());
 }
 

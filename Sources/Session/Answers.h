@@ -5,7 +5,7 @@
 
 #include <QPointer>
 
-/// How the session waits for the service. For the sources of the session.
+/// How the session and its screens wait for the service.
 namespace orvia {
 
 template <class Result>

@@ -166,17 +166,21 @@ QCoro::Task<void> Session::login(QString email, QString password)
 QCoro::Task<void> Session::establishSession()
 {
     const QPointer<Session> self = this;
+    const quint64 signOuts = m_signOuts;
     const bool agentIsKnown = co_await loadIdentity();
-    if (!self || !agentIsKnown)
+    if (!self || !agentIsKnown || m_signOuts != signOuts)
         co_return;
     co_await refreshConversations();
-    if (!self)
+    if (!self || m_signOuts != signOuts)
         co_return;
     co_await loadAssignableAgents();
-    if (!self)
+    if (!self || m_signOuts != signOuts)
         co_return;
     if (m_token)
         m_socket->connect(m_baseURL, *m_token);
+    // A channel that takes the place of one that is up is no change, but knows nothing of the agent yet.
+    if (m_socketConnected)
+        m_socket->sendViewing(m_selectedConversationId);
     PushManager::shared().start();
     co_await registerDeviceIfPossible();
 }
@@ -220,8 +224,9 @@ QCoro::Task<void> Session::registerDeviceIfPossible()
     if (!m_agent || !deviceToken)
         co_return;
     const QPointer<Session> self = this;
+    const quint64 signOuts = m_signOuts;
     const auto outcome = co_await outcomeOf(client().registerDevice(devicePlatform, *deviceToken));
-    if (self && outcome.failure)
+    if (self && m_signOuts == signOuts && outcome.failure)
         showBanner(tr("Push registration failed: ") + outcome.failure->message);
 }
 

@@ -44,19 +44,20 @@ void Session::scheduleSearch()
 void Session::cancelSearch()
 {
     m_searchDebounce.stop();
-    ++m_searchGeneration;
+    m_searchTask.request_stop();
 }
 
 void Session::startSearch()
 {
-    runSearch(m_searchText.trimmed(), m_searchGeneration);
+    m_searchTask = std::stop_source();
+    runSearch(m_searchText.trimmed(), m_searchTask.get_token());
 }
 
-QCoro::Task<void> Session::runSearch(QString query, quint64 generation)
+QCoro::Task<void> Session::runSearch(QString query, std::stop_token stop)
 {
     const QPointer<Session> self = this;
-    auto outcome = co_await outcomeOf(client().search(query, resultLimit));
-    if (!self || generation != m_searchGeneration)
+    auto outcome = co_await outcomeOf(client().search(query, resultLimit, stop));
+    if (!self || stop.stop_requested())
         co_return;
     assignField(m_searchResults, std::move(outcome.answer).value_or(std::vector<SearchResult>()),
                 &Session::searchResultsChanged);

@@ -16,6 +16,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <stop_token>
 
 namespace orvia {
 
@@ -72,6 +73,15 @@ public:
     SocketClient& socket() { return *m_socket; }
     /// A client for one operation, with the current token.
     APIClient client() const;
+    template <class Result>
+    using Answer = std::optional<AnswerOf<Result>>;
+    /// Waits for the answer to @p request, made for the agent who is signed in now. There is none when the
+    /// request failed, which the banner tells, and none when that agent has signed out meanwhile or the
+    /// session has gone; then nothing may be touched. Defined in Session/Answers.h.
+    template <class Result>
+    QCoro::Task<Answer<Result>> answerTo(QCoro::Task<Result> request);
+    /// How often an agent has signed out: what was begun at another count is not for whoever is here now.
+    quint64 signOuts() const { return m_signOuts; }
 
     // Identity
 
@@ -236,13 +246,6 @@ private:
     template <class Value>
     void removeAllEntries(QHash<QString, Value>& entries, void (Session::*changed)(const QString&));
 
-    template <class Result>
-    using Answer = std::optional<AnswerOf<Result>>;
-    /// Waits for the answer to @p request. There is none when the request failed, which the banner tells, and
-    /// none when the agent has signed out meanwhile or the session has gone; then nothing may be touched.
-    template <class Result>
-    QCoro::Task<Answer<Result>> answerTo(QCoro::Task<Result> request);
-
     // Identity
     QCoro::Task<void> establishSession();
     QCoro::Task<bool> loadIdentity();
@@ -285,7 +288,7 @@ private:
     void scheduleSearch();
     void cancelSearch();
     void startSearch();
-    QCoro::Task<void> runSearch(QString query, quint64 generation);
+    QCoro::Task<void> runSearch(QString query, std::stop_token stop);
 
     DefaultsStore& m_defaults;
     TokenStore& m_tokenStore;
@@ -322,8 +325,7 @@ private:
     QTimer m_bannerDismiss;
     QTimer m_sessionRetry;
     QTimer m_searchDebounce;
-    quint64 m_searchGeneration =
-        0; ///< raised by every cancelled search, so that a late answer is known as such
+    std::stop_source m_searchTask; ///< ends the search that was started last
     KeyedTimers m_typingClear;
     KeyedTimers m_previewClear;
     KeyedTimers m_agentPreviewClear;

@@ -41,10 +41,21 @@ TEST(StrictJSON, RefusesTextsThatAreNone)
     for (const std::string text : {"\x80", "\xC3", "\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80", "\xED\xBF\xBF",
                                    "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF", "a\xE2\x82"})
         EXPECT_EQ(bodyIn("\"" + text + "\""), std::nullopt) << testing::PrintToString(text);
-    for (const char* literal :
-         {R"("cut \ud83d")", R"("\ud83dx")", R"("\udc00x")", R"("\uD83D\u0041")", R"("\ud83d\n")",
-          R"("\ud83d\ud83d\ude00")", R"("\ude00\ud83d")", R"("\ud83d\\ude00")"})
-        EXPECT_EQ(bodyIn(literal), std::nullopt) << literal << " holds half a surrogate pair";
+}
+
+TEST(StrictJSON, HalfASurrogatePairCostsNoMoreThanItself)
+{
+    const std::pair<const char*, QString> cases[] = {
+        {R"("cut \ud83d")", u"cut \uFFFD"_s},     {R"("\ud83dx")", u"\uFFFDx"_s},
+        {R"("\udc00x")", u"\uFFFDx"_s},           {R"("\uD83D\u0041")", u"\uFFFDA"_s},
+        {R"("\ud83d\n")", u"\uFFFD\n"_s},         {R"("\ud83d\ud83d\ude00\"")", u"\uFFFD\U0001F600\""_s},
+        {R"("\ude00\ud83d")", u"\uFFFD\uFFFD"_s}, {R"("\ud83d\\ude00")", u"\uFFFD\\ude00"_s},
+        {R"("\\\ud83d")", u"\\\uFFFD"_s},
+    };
+    for (const auto& [literal, text] : cases)
+        EXPECT_EQ(bodyIn(literal), text) << literal;
+    for (const char* refused : {R"("\ud83d\x")", R"("\ud83d\u12")", R"("\ud83d)", R"("\ud83d\)"})
+        EXPECT_EQ(bodyIn(refused), std::nullopt) << refused;
 }
 
 TEST(StrictJSON, TextsArriveWholeAndAsTheyWereWritten)

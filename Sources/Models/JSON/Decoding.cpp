@@ -119,7 +119,7 @@ ParsedDocument::ParsedDocument(QByteArrayView bytes)
     simdjson::error_code error = document.empty() ? simdjson::EMPTY : simdjson::CAPACITY;
     if (!document.empty() && bytes.size() <= APIJSON::maxDocumentBytes) {
         error = parse(*m_parser, document, m_root);
-        if (error == simdjson::NUMBER_ERROR) {
+        if (error == simdjson::NUMBER_ERROR || error == simdjson::STRING_ERROR) {
             if (const auto rewritten = withinParserLimits(document))
                 error = parse(*m_parser, *rewritten, m_root);
         }

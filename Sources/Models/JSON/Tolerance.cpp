@@ -1,5 +1,8 @@
 #include "Models/JSON/Tolerance.h"
 
+#include <QChar>
+
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <locale>
@@ -23,6 +26,9 @@ bool isBeyondDouble(std::string_view number)
     stream >> value;
     return stream.fail() && value != 0;
 }
+
+/// The length of an escape of one code unit.
+constexpr std::size_t codeUnitEscape = 6;
 
 class Rewriter {
 public:
@@ -58,9 +64,39 @@ private:
     void passString()
     {
         ++m_position;
-        while (m_position < m_document.size() && m_document[m_position] != '"')
-            m_position += m_document[m_position] == '\\' ? 2 : 1;
+        while (m_position < m_document.size() && m_document[m_position] != '"') {
+            if (m_document[m_position] == '\\')
+                passEscape();
+            else
+                ++m_position;
+        }
         ++m_position;
+    }
+
+    void passEscape()
+    {
+        const char32_t first = codeUnitAt(m_position);
+        const char32_t second = codeUnitAt(m_position + codeUnitEscape);
+        if (QChar::isHighSurrogate(first) && QChar::isLowSurrogate(second)) {
+            m_position += 2 * codeUnitEscape;
+        } else if (QChar::isSurrogate(first)) {
+            replace(m_position, m_position + codeUnitEscape, "\\uFFFD");
+            m_position += codeUnitEscape;
+        } else {
+            m_position += 2;
+        }
+    }
+
+    /// The code unit that is escaped at @p position as in \u0041, or 0 where none is.
+    char32_t codeUnitAt(std::size_t position) const
+    {
+        const std::string_view escape =
+            m_document.substr(std::min(position, m_document.size()), codeUnitEscape);
+        if (escape.size() < codeUnitEscape || !escape.starts_with("\\u"))
+            return 0;
+        std::uint16_t unit = 0;
+        const auto result = std::from_chars(escape.data() + 2, escape.data() + codeUnitEscape, unit, 16);
+        return result.ptr == escape.data() + codeUnitEscape ? unit : 0;
     }
 
     std::size_t passDigits()

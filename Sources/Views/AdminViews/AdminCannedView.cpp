@@ -1,7 +1,6 @@
 #include "Views/AdminViews/AdminCannedView.h"
 
-#include "APIClient/Outcome.h"
-#include "Session/Session.h"
+#include "Session/Answers.h"
 #include "Views/AdminViews/CreateCannedSheet.h"
 #include "Views/AdminViews/RowControls.h"
 #include "Views/Widgets/Button.h"
@@ -128,13 +127,14 @@ void AdminCannedView::deleteAt(const std::vector<int>& positions)
 QCoro::Task<void> AdminCannedView::deleteInTurn(QPointer<AdminCannedView> view, QPointer<Session> session,
                                                 QStringList ids)
 {
+    if (!session)
+        co_return;
+    const quint64 signOuts = session->signOuts();
     for (const QString& id : ids) {
+        co_await session->answerTo(session->client().adminDeleteCanned(id));
         // A sign-out ends it: what follows would be done in someone else's name.
-        if (!session || !session->token())
+        if (!session || session->signOuts() != signOuts)
             co_return;
-        const auto outcome = co_await outcomeOf(session->client().adminDeleteCanned(id));
-        if (outcome.failure)
-            report(session, *outcome.failure);
         if (view)
             view->m_deleting.remove(id);
     }

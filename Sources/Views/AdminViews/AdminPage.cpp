@@ -20,12 +20,6 @@ QCoro::Task<void> nothing()
 
 } // namespace
 
-void report(const QPointer<Session>& session, const APIError& error)
-{
-    if (session)
-        session->showBanner(error.message);
-}
-
 AdminPage::AdminPage(const QString& title, const QString& createHelpText, Session& session, QWidget* parent)
     : QWidget(parent)
     , m_title(title)

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "APIClient/Outcome.h"
-#include "Session/Session.h"
+#include "Session/Answers.h"
 #include "Views/AdminViews/AdminListView.h"
 #include "Views/AdminViews/AdminRecordsModel.h"
 #include "Views/AdminViews/FormSheet.h"
@@ -67,9 +66,6 @@ private:
     QPointer<FormSheet> m_editSheet;
 };
 
-/// Shows @p error in the banner of a session that may be gone.
-void report(const QPointer<Session>& session, const APIError& error);
-
 /// A screen over the records of one kind.
 template <class Record>
 class AdminRecordsPage : public AdminPage {
@@ -81,18 +77,15 @@ public:
         if (!session())
             co_return;
         const QPointer<AdminRecordsPage> self = this;
-        const QPointer<Session> owner = session();
         const quint64 load = ++m_startedLoads;
-        auto outcome = co_await outcomeOf(fetch());
-        if (outcome.failure)
-            report(owner, *outcome.failure);
+        auto answer = co_await session()->answerTo(fetch());
         if (!self)
             co_return;
         m_wasLoaded = true;
         // Two loads may overtake each other; the newer answer stays.
-        if (outcome.answer && load > m_appliedLoad) {
+        if (answer && load > m_appliedLoad) {
             m_appliedLoad = load;
-            apply(std::move(*outcome.answer));
+            apply(std::move(*answer));
         }
         refreshEmptyState();
     }

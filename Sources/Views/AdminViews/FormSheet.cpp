@@ -1,7 +1,6 @@
 #include "Views/AdminViews/FormSheet.h"
 
-#include "APIClient/Outcome.h"
-#include "Session/Session.h"
+#include "Session/Answers.h"
 #include "Views/Widgets/Button.h"
 #include "Views/Widgets/FocusRing.h"
 #include "Views/Widgets/FormCard.h"
@@ -92,10 +91,8 @@ void FormSheet::submit(const Request& request)
 QCoro::Task<void> FormSheet::finish(QPointer<FormSheet> sheet, QPointer<Session> session, Done onDone,
                                     QCoro::Task<void> request)
 {
-    const auto outcome = co_await outcomeOf(std::move(request));
-    if (outcome.failure) {
-        if (session)
-            session->showBanner(outcome.failure->message);
+    const auto answer = co_await session->answerTo(std::move(request));
+    if (!answer) {
         if (sheet)
             sheet->setWorking(false);
         co_return;

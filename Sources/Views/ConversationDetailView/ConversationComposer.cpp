@@ -1,9 +1,8 @@
 #include "Views/ConversationDetailView/ConversationComposer.h"
 
-#include "APIClient/Outcome.h"
 #include "ComposerLogic/CannedMatching.h"
 #include "ComposerLogic/MentionComposer.h"
-#include "Session/Session.h"
+#include "Session/Answers.h"
 #include "Theme/Theme.h"
 #include "Views/ConversationDetailView/Composer/ComposerField.h"
 #include "Views/ConversationDetailView/Composer/MessageComposer.h"
@@ -244,12 +243,11 @@ QCoro::Task<void> ConversationComposer::uploadFile(QString name, QString mimeTyp
     const QPointer<Session> session = &m_session;
     // The upload goes on when the agent opens another conversation, and still belongs to this one.
     const QString conversationId = m_conversationId;
-    const auto outcome = co_await outcomeOf(m_session.client().uploadAttachment(
-        conversationId, std::move(name), std::move(mimeType), std::move(bytes), note));
-    if (session && outcome.failure)
-        session->showBanner(outcome.failure->message);
-    else if (session)
-        session->append(*outcome.answer, conversationId);
+    auto request = m_session.client().uploadAttachment(conversationId, std::move(name), std::move(mimeType),
+                                                       std::move(bytes), note);
+    const auto message = co_await m_session.answerTo(std::move(request));
+    if (session && message)
+        session->append(*message, conversationId);
     if (self)
         m_composer->setUploading(--m_uploads > 0);
 }
