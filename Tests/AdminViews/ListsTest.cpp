@@ -37,6 +37,13 @@ protected:
         const AdminListView& list = *page.list();
         return list.viewport()->mapTo(window.get(), list.visualRect(list.model()->index(row, 0)).center());
     }
+    void signInAsAnother()
+    {
+        session->logout();
+        service.answer("POST", "/v1/agent/login", answerOf(LoginResponse{u"t2"_s, self}));
+        EXPECT_TRUE(runTask(session->login(u"b"_s, u"c"_s)).value);
+        EXPECT_EQ(session->token(), u"t2"_s);
+    }
     /// Waits until the page and the service have these responses and no others.
     bool leaves(const QStringList& left, const AdminCannedView& page)
     {
@@ -220,14 +227,18 @@ TEST_F(AdminLists, SurviveWhatGoesAwayWhileTheyLoadAndDelete)
         else if (gone == Gone::theSession)
             session.reset();
         else
-            session->logout();
+            signInAsAnother();
         settle();
-        load->answer(answerOf(CannedResponsesResponse{{canned}}));
+        load->answer(gone == Gone::theSignIn ? refusal(500, "not yours")
+                                             : answerOf(CannedResponsesResponse{{canned}}));
         deletion->answer(accepted());
         EXPECT_TRUE(waitUntil([&] { return reload->finished(); }));
         EXPECT_TRUE(waitUntil([&] { return !goesOn || count("DELETE", pathOf(u"k2"_s)) == before + 1; }));
         settle();
         EXPECT_EQ(count("DELETE", pathOf(u"k2"_s)), before + (goesOn ? 1 : 0));
+        if (gone == Gone::theSignIn) {
+            EXPECT_NE(session->banner(), u"not yours"_s);
+        }
         if (gone == Gone::theSession) {
             page.deleteAt({0});
             page.trailingButton()->click();

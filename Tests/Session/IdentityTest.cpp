@@ -111,6 +111,45 @@ TEST_F(IdentityTest, ARejectedTokenSignsOutAndIsNotTriedAgain)
     EXPECT_EQ(service.requests().size(), ++requests);
 }
 
+TEST_F(IdentityTest, ASequenceEndsWithTheSignOutOfItsAgent)
+{
+    scriptInbox({});
+    scriptEstablishing();
+    service.always("POST", "/v1/agent/login", answerOf(LoginResponse{u"t2"_s, self}));
+    service.always("GET", "/v1/agent/visitors/conversations", answerOf(ConversationsResponse{}));
+    tokens.texts.insert(u"agentToken"_s, u"t1"_s);
+    const auto held = service.hold("GET", "/v1/agent/conversations");
+    Session& made = makeSession();
+    const auto first = startTask(made.bootstrap());
+    ASSERT_TRUE(waitUntil([&] { return held->isWaiting(); }));
+    made.logout();
+    EXPECT_TRUE(runTask(made.login(u"b"_s, u"c"_s)).value);
+    ASSERT_TRUE(waitUntil([&] { return made.socketConnected(); }));
+
+    held->answer(answerOf(ConversationsResponse{}));
+    ASSERT_TRUE(waitUntil([&] { return first->finished(); }));
+    runTask(made.visitorConversations(u"a@example.com"_s));
+    EXPECT_EQ(service.requests("GET", "/v1/agent/teammates").size(), 1U);
+    EXPECT_EQ(service.channels().size(), 1U);
+}
+
+TEST_F(IdentityTest, AChannelThatTakesThePlaceOfAnotherAnnouncesTheSelection)
+{
+    scriptInbox({makeConversation(u"c1"_s)});
+    cacheIdentity();
+    tokens.texts.insert(u"agentToken"_s, u"t1"_s);
+    scriptEstablishing();
+    service.answer("GET", "/v1/agent/me", refusal(502, "busy"));
+    Session& made = makeSession();
+    runTask(made.bootstrap());
+    ASSERT_TRUE(waitUntil([&] { return made.socketConnected(); }));
+    made.setSelectedConversationId(u"c1"_s);
+
+    ASSERT_TRUE(waitUntil([&] { return service.channels().size() == 2; })) << "the sequence is tried again";
+    EXPECT_TRUE(waitUntil([&] { return !service.channel()->texts().isEmpty(); }));
+    EXPECT_TRUE(service.channel()->texts().value(0).contains(u"\"c1\""_s));
+}
+
 TEST_F(IdentityTest, SignOutEmptiesWhatItShouldAndKeepsTheFilters)
 {
     scriptInbox({makeConversation(u"c1"_s)});

@@ -146,6 +146,22 @@ TEST_F(InboxTest, SearchDropsAnAnswerThatCameTooLate)
     EXPECT_EQ(made.searchResults().size(), 1U);
 }
 
+TEST_F(InboxTest, SupersededSearchesGiveTheirConnectionsBack)
+{
+    scriptInbox({});
+    Session& made = signIn();
+    service.always("GET", "/v1/agent/search", ScriptedAnswer::stall());
+    // More than the toolkit opens connections to one service.
+    for (const QString& text : u"aa bb cc dd ee ff gg hh"_s.split(u' ')) {
+        made.setSearchText(text);
+        ASSERT_TRUE(waitUntil([&] {
+            const auto searches = service.requests("GET", "/v1/agent/search");
+            return !searches.empty() && searches.back().query().startsWith("q=" + text.toUtf8());
+        })) << text.toStdString();
+    }
+    EXPECT_EQ(made.banner(), std::nullopt);
+}
+
 TEST_F(InboxTest, WhatIsOpenedShowsWhateverTheFiltersSay)
 {
     SearchResult hit{makeConversation(u"c2"_s), u"the grinder"_s, std::nullopt};
