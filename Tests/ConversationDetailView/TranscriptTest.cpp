@@ -107,6 +107,7 @@ TEST_F(TranscriptTest, isAListToAssistiveToolsThatKnowsItsRowsPlacesAndTexts)
     ASSERT_TRUE(text);
     EXPECT_EQ(text->characterCount(), 7);
     EXPECT_EQ(text->text(4, 9000), u"two"_s);
+    // Qt asserts that what is told of a selection says where it is.
     text->setSelection(0, 4, 7);
     EXPECT_EQ(transcript().copyableText(), u"two"_s);
     int start = 0;

@@ -29,6 +29,10 @@ class Conversation(Scenario):
         console.press("Up")
         console.focused("list item", note)
 
+        with Events("object:text-caret-moved") as events:
+            console.click(console.row("Messages", note))
+            wait_until("The caret is in the text.", lambda: events.came_from("list item"))
+
         console.click(console.find("push button", "lid-fitting.pdf, 1.2 MB", within=thread))
         wait_until("The file opens.", lambda: self.desktop.opened_links)
         console.activate(console.find("push button", "cracked-lid.png, 16 kB", within=thread))

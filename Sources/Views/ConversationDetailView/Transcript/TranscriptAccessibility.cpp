@@ -379,8 +379,19 @@ void tellCurrentRow(TranscriptView& view, qsizetype row)
 
 void tellSelectionChanged(TranscriptView& view, qsizetype row)
 {
-    if (row >= 0)
-        tell(view, QAccessible::TextSelectionChanged, row);
+    if (row < 0)
+        return;
+    const BubbleText::Selection& selection = view.selection();
+    const auto cursor = static_cast<int>(selection.cursor);
+    QAccessibleTextSelectionEvent selected(&view, static_cast<int>(selection.start()),
+                                           static_cast<int>(selection.end()));
+    selected.setCursorPosition(cursor);
+    selected.setChild(static_cast<int>(row));
+    QAccessible::updateAccessibility(&selected);
+    // A caret that moves without selecting is heard of only by an event of its own.
+    QAccessibleTextCursorEvent moved(&view, cursor);
+    moved.setChild(static_cast<int>(row));
+    QAccessible::updateAccessibility(&moved);
 }
 
 } // namespace orvia

@@ -17,6 +17,7 @@ void tellTranscriptReplaced(TranscriptView& view);
 void tellRowAdded(TranscriptView& view, qsizetype row);
 /// The keyboard is at this row now.
 void tellCurrentRow(TranscriptView& view, qsizetype row);
+/// The selection and the caret in this row are the view's now.
 void tellSelectionChanged(TranscriptView& view, qsizetype row);
 
 } // namespace orvia
