@@ -207,7 +207,8 @@ void ConversationComposer::send()
         return;
     const bool note = m_composer->isNote();
     const QStringList mentions = note ? MentionComposer::sendableIds(m_pickedMentions, body) : QStringList();
-    m_composer->setText({});
+    // Undoing would bring a note's text back without its mentions, perhaps into a reply.
+    m_composer->discardText();
     m_pickedMentions.clear();
     m_composer->setSending(true);
     sendDraft(body, note, mentions);

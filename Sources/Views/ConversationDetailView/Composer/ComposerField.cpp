@@ -118,6 +118,12 @@ void ComposerField::keyPressEvent(QKeyEvent* event)
         const bool leavesUpward =
             event->key() == Qt::Key_Up && !(event->modifiers() & ~Qt::KeypadModifier) && isOnFirstLine();
         QPlainTextEdit::keyPressEvent(event);
+void ComposerField::discardText()
+{
+    setText({});
+    document()->clearUndoRedoStacks();
+}
+
         if (leavesUpward)
             Q_EMIT leaveUpwardRequested();
         return;

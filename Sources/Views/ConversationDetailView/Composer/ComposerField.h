@@ -17,6 +17,8 @@ public:
     /// Replaces the whole text as one step that can be undone, and puts the cursor at its end.
     void setText(const QString& text);
     /// Sets placeholder and accessible name.
+    /// Empties the field for good: nothing of the text can be brought back.
+    void discardText();
     void setLabel(const QString& label);
 
     QSize sizeHint() const override;

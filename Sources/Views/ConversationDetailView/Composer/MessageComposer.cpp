@@ -120,6 +120,11 @@ void MessageComposer::setText(const QString& text)
 void MessageComposer::setNote(bool isNote)
 {
     if (m_isNote == isNote)
+void MessageComposer::discardText()
+{
+    m_field->discardText();
+}
+
         return;
     m_isNote = isNote;
     m_noteMode->setChecked(isNote);

@@ -18,6 +18,8 @@ public:
 
     QString text() const;
     void setText(const QString& text);
+    /// Empties the field for good, out of reach of undoing.
+    void discardText();
     bool isNote() const { return m_isNote; }
     void setNote(bool isNote);
     bool isSending() const { return m_isSending; }
