@@ -66,6 +66,10 @@ TEST_F(InteractionTest, goesFromTextToFileToTextByKeyboardAndOpensFiles)
             press(Qt::Key_Return);
     }
     EXPECT_EQ(openedURLs, QList{service.url().resolved(QUrl(u"/files/x.pdf"_s))});
+    transcript().setCurrent({1, Part::attachment});
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, u"\r"_s, true);
+    QCoreApplication::sendEvent(&transcript(), &held);
+    EXPECT_EQ(openedURLs.size(), 1);
     press(Qt::Key_Home);
     EXPECT_EQ(transcript().current(), (Stop{0, Part::body}));
     press(Qt::Key_End);

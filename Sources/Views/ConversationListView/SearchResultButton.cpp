@@ -86,12 +86,15 @@ bool SearchResultButton::event(QEvent* event)
 
 void SearchResultButton::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        click();
-    else if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down)
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        // A key that is held clicks once.
+        if (!event->isAutoRepeat())
+            click();
+    } else if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down) {
         event->ignore(); // The list moves the focus.
-    else
+    } else {
         QAbstractButton::keyPressEvent(event);
+    }
 }
 
 void SearchResultButton::focusInEvent(QFocusEvent* event)

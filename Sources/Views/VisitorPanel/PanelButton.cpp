@@ -30,9 +30,11 @@ QSize PanelButton::minimumSizeHint() const
 
 void PanelButton::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        click();
-    else
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        // A key that is held clicks once.
+        if (!event->isAutoRepeat())
+            click();
+    } else {
         QPushButton::keyPressEvent(event);
 }
 

@@ -100,7 +100,9 @@ bool BusyButton::hitButton(const QPoint& position) const
 void BusyButton::keyPressEvent(QKeyEvent* event)
 {
     const bool clicks = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (m_busy && (clicks || event->key() == Qt::Key_Space || event->key() == Qt::Key_Select))
+    // A Return that is held clicks once.
+    const bool repeats = clicks && event->isAutoRepeat();
+    if (repeats || (m_busy && (clicks || event->key() == Qt::Key_Space || event->key() == Qt::Key_Select)))
         event->accept();
     else if (clicks)
         click();

@@ -64,7 +64,8 @@ void SuggestionRow::keyPressEvent(QKeyEvent* event)
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        click();
+        if (!event->isAutoRepeat())
+            click();
         break;
     case Qt::Key_Up:
     case Qt::Key_Down:

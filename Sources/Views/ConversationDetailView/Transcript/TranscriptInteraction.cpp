@@ -423,7 +423,9 @@ bool TranscriptView::navigateByKey(QKeyEvent& event)
     case Qt::Key_Space:
         if (!m_current.isValid() || m_current.part == Part::body)
             return false;
-        activate(m_current);
+        // A key that is held opens once.
+        if (!event.isAutoRepeat())
+            activate(m_current);
         return true;
     case Qt::Key_Escape:
         if (m_selectedRow < 0)
