@@ -1,5 +1,7 @@
 #include "Views/VisitorPanel/VisitorHelpers.h"
 
+#include "Platform/WebAddress.h"
+
 #include <QCoreApplication>
 
 #include <algorithm>
@@ -81,15 +83,19 @@ QString pageLabel(const VisitorPage& page)
 std::optional<QUrl> webURL(const QString& text)
 {
     const QUrl url(text.trimmed(), QUrl::TolerantMode);
-    // QUrl keeps schemes in lower case.
-    const bool isWeb = url.scheme() == "http"_L1 || url.scheme() == "https"_L1;
-    return url.isValid() && isWeb && !url.host().isEmpty() ? std::optional(url) : std::nullopt;
+    return url.isValid() && isWebAddress(url) && !url.host().isEmpty() ? std::optional(url) : std::nullopt;
 }
 
 std::optional<QUrl> openableURL(const QString& text)
 {
     const QUrl url(text, QUrl::TolerantMode);
     return url.isValid() && !url.scheme().isEmpty() ? std::optional(url) : std::nullopt;
+}
+
+std::optional<QUrl> pageURL(const std::optional<QString>& address)
+{
+    std::optional<QUrl> url = openableURL(address.value_or(QString()));
+    return url && isWebAddress(*url) ? url : std::nullopt;
 }
 
 std::optional<VisitorPage> currentPage(const VisitorMeta& meta)

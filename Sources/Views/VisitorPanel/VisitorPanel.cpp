@@ -134,7 +134,14 @@ void VisitorPanel::refreshCurrentPage()
     m_currentPageSection->setVisible(current.has_value());
     if (!current)
         return;
-    m_currentPage->setTexts(*current->url, current->title.value_or(QString()));
+    const bool opens = pageURL(current->url).has_value();
+    const QString title = current->title.value_or(QString());
+    m_currentPage->setVisible(opens);
+    m_currentPageTitle->setLine(opens ? QString() : title);
+    m_currentPageText->setVisible(!opens);
+    if (!opens)
+        return m_currentPageText->setValue(*current->url, tr("Now viewing"));
+    m_currentPage->setTexts(*current->url, title);
     m_currentPage->setToolTip(shownToolTip(*current->url));
     m_currentPage->setAccessibleDescription(*current->url);
 }
@@ -227,9 +234,9 @@ void VisitorPanel::copyEmail()
     QTimer::singleShot(m_surroundings.copiedShown, m_copied, &QWidget::hide);
 }
 
-void VisitorPanel::openAddress(const QString& address) const
+void VisitorPanel::openPage(const std::optional<QString>& address) const
 {
-    if (const auto url = openableURL(address))
+    if (const auto url = pageURL(address))
         open(*url);
 }
 

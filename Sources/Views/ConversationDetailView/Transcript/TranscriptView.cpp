@@ -1,5 +1,6 @@
 #include "Views/ConversationDetailView/Transcript/TranscriptView.h"
 
+#include "Platform/WebAddress.h"
 #include "Views/ConversationDetailView/Transcript/TranscriptAccessibility.h"
 #include "Views/Widgets/ScrollArea.h"
 
@@ -20,11 +21,6 @@ constexpr int singleStep = 24;
 /// How many new messages are announced together at most, and how much of each, in code units.
 constexpr qsizetype spokenAtOnce = 3;
 constexpr qsizetype longestSpoken = 1000;
-
-bool isWebAddress(const QUrl& url)
-{
-    return url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
-}
 
 } // namespace
 
