@@ -127,6 +127,21 @@ TEST_F(InteractionTest, selectsAndCopiesByKeyboard)
     EXPECT_EQ(copied(), u"two"_s);
     reload({makeMessage(u"z"_s, u"c1"_s)});
     EXPECT_TRUE(transcript().selection().isEmpty());
+
+    // Nor does it go while the text grows, or is taken back in part.
+    type(u"agent"_s, u"one two"_s);
+    const Stop draft{1, Part::body};
+    transcript().setCurrent(draft);
+    transcript().select(1, {4, 7});
+    type(u"visitor"_s, u"Because"_s);
+    type(u"agent"_s, u"one two three"_s);
+    EXPECT_EQ(transcript().current(), (Stop{2, Part::body}));
+    EXPECT_EQ(copied(), u"two"_s);
+    type(u"agent"_s, u"one tw"_s);
+    EXPECT_EQ(copied(), u"tw"_s);
+    type(u"agent"_s, {});
+    EXPECT_FALSE(transcript().current().isValid());
+    EXPECT_TRUE(transcript().selection().isEmpty());
 }
 
 } // namespace

@@ -113,10 +113,16 @@ void TranscriptView::refresh()
         rebuildHeights();
         const qsizetype anchor = anchorId.isEmpty() ? -1 : m_content.indexOf(anchorId);
         m_anchorRow = anchor >= 0 ? anchor : std::clamp<qsizetype>(m_anchorRow, 0, m_heights.size());
-        keepSelection(currentId, selectedId);
+        m_hovered = {};
+        m_pressed = {};
     } else {
         updateRows(before);
     }
+    const qsizetype firstNew = replaced ? 0 : before.messageCount;
+    if (m_current.row >= firstNew)
+        m_current.row = currentId.isEmpty() ? -1 : m_content.indexOf(currentId);
+    if (m_selectedRow >= firstNew)
+        keepSelection(selectedId);
     const bool moves = now.messageCount != before.messageCount || now.isTyping != before.isTyping
                        || now.typingPreview != before.typingPreview
                        || now.agentPreview != before.agentPreview;
@@ -137,19 +143,18 @@ void TranscriptView::rebuildHeights()
     m_heights.assign(std::move(heights));
 }
 
-void TranscriptView::keepSelection(const QString& currentId, const QString& selectedId)
+void TranscriptView::keepSelection(const QString& id)
 {
-    m_current.row = currentId.isEmpty() ? -1 : m_content.indexOf(currentId);
-    m_hovered = {};
-    m_pressed = {};
-    const qsizetype selected = selectedId.isEmpty() ? -1 : m_content.indexOf(selectedId);
-    if (selected < 0) {
-        m_selectedRow = -1;
+    m_selectedRow = id.isEmpty() ? -1 : m_content.indexOf(id);
+    if (m_selectedRow < 0) {
         m_selection = {};
         m_dragging = false;
-    } else {
-        m_selectedRow = selected;
+        return;
     }
+    // The text may have become shorter.
+    const qsizetype length = BubbleText(m_content.row(m_selectedRow).body, {}).text().size();
+    for (BubbleText::Selection* kept : {&m_selection, &m_dragOrigin})
+        *kept = {std::min(kept->anchor, length), std::min(kept->cursor, length)};
 }
 
 void TranscriptView::updateRows(const TranscriptContent::State& before)
@@ -168,13 +173,6 @@ void TranscriptView::updateRows(const TranscriptContent::State& before)
     const TranscriptContent::Measure measure = RowLayout::measure(viewport()->width());
     for (qsizetype i = before.messageCount; i < m_content.rowCount(); ++i)
         m_heights.append(m_content.estimatedHeight(i, measure));
-    if (m_selectedRow >= before.messageCount) {
-        m_selectedRow = -1;
-        m_selection = {};
-        m_dragging = false;
-    }
-    if (m_current.row >= before.messageCount)
-        m_current = {};
 }
 
 void TranscriptView::invalidateRow(const std::optional<QString>& id)

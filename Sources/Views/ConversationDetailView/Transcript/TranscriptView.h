@@ -104,7 +104,7 @@ private:
     void scheduleRefresh() { m_refreshTimer.start(); }
     void refresh();
     void rebuildHeights();
-    void keepSelection(const QString& currentId, const QString& selectedId);
+    void keepSelection(const QString& id);
     void updateRows(const TranscriptContent::State& before);
     void invalidateRow(const std::optional<QString>& id);
     void imageChanged(const QUrl& url);
