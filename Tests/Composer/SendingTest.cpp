@@ -99,6 +99,12 @@ TEST_F(SendingTest, TellsWhatIsTypedButNeverANote)
     };
     ASSERT_TRUE(waitUntil([&] { return previews().size() == 4; }));
     EXPECT_THAT(previews(), ElementsAre(u"a"_s, QString(), u"ab"_s, QString()));
+
+    // Teammates need not look at a draft that went with its composer.
+    type(u"c"_s);
+    delete composer;
+    ASSERT_TRUE(waitUntil([&] { return previews().size() == 6; }));
+    EXPECT_THAT(previews().last(2), ElementsAre(u"c"_s, QString()));
 }
 
 TEST_F(SendingTest, TabWalksInReadingOrderAndClicksLeaveTheCursorInTheDraft)

@@ -78,6 +78,13 @@ ConversationComposer::ConversationComposer(Session& session, QString conversatio
 }
 
 void ConversationComposer::followSession()
+ConversationComposer::~ConversationComposer()
+{
+    // The draft is gone, and teammates would look at it for minutes.
+    if (m_session.token())
+        m_session.sendTyping(m_conversationId, {});
+}
+
 {
     // What the offered teammates depend on besides the text.
     connect(&m_session, &Session::assignableAgentsChanged, this, &ConversationComposer::updateSuggestions);

@@ -26,6 +26,7 @@ class ConversationComposer : public QWidget {
 public:
     ConversationComposer(Session& session, QString conversationId, QWidget* parent = nullptr);
 
+    ~ConversationComposer() override;
     /// The canned responses to offer.
     void setCanned(std::vector<CannedResponse> canned);
 
