@@ -131,6 +131,34 @@ TEST_F(ComposerFieldTest, PastesPlainTextWithOneKindOfLineBreak)
     EXPECT_FALSE(field.textCursor().charFormat().hasProperty(QTextFormat::FontWeight));
 }
 
+TEST_F(ComposerFieldTest, AFilePastedOrDroppedIsNoText)
+{
+    std::vector<QUrl> inserted;
+    QObject::connect(&field, &ComposerField::fileInserted, &field,
+                     [&](const QUrl& file) { inserted.push_back(file); });
+    const QUrl file = QUrl::fromLocalFile(u"/home/mara/a b.txt"_s);
+    const auto pasteURLs = [this](const QList<QUrl>& urls, const QString& text) {
+        auto* data = new QMimeData;
+        data->setUrls(urls);
+        if (!text.isNull())
+            data->setText(text);
+        QGuiApplication::clipboard()->setMimeData(data);
+        field.paste();
+    };
+    pasteURLs({file}, {});
+    pasteURLs({file}, file.toLocalFile());
+    pasteURLs({file}, file.toString(QUrl::FullyEncoded) + u"\r\n"_s);
+    EXPECT_EQ(inserted, std::vector<QUrl>(3, file));
+    pasteURLs({file, QUrl::fromLocalFile(u"/home/mara/c"_s)}, {});
+    EXPECT_EQ(field.text(), QString());
+    pasteURLs({file}, u"a cell of a table"_s);
+    EXPECT_EQ(field.text(), u"a cell of a table"_s);
+    field.setText({});
+    pasteURLs({QUrl(u"https://shop.example/"_s)}, {});
+    EXPECT_EQ(field.text(), u"https://shop.example/"_s);
+    EXPECT_EQ(inserted.size(), 3U);
+}
+
 TEST_F(ComposerFieldTest, BearsAMegabyteInOneWord)
 {
     show();

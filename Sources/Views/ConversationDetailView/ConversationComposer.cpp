@@ -54,6 +54,7 @@ ConversationComposer::ConversationComposer(Session& session, QString conversatio
     connect(m_composer, &MessageComposer::noteChanged, this, &ConversationComposer::noteChanged);
     connect(m_composer, &MessageComposer::sendRequested, this, &ConversationComposer::send);
     connect(m_composer, &MessageComposer::attachRequested, this, &ConversationComposer::attachRequested);
+    connect(m_composer, &MessageComposer::fileInserted, this, &ConversationComposer::upload);
     connect(&m_composer->field(), &ComposerField::leaveUpwardRequested, this, [this] {
         if (SuggestionList* list = shownList())
             list->enterFromBelow();
@@ -77,7 +78,6 @@ ConversationComposer::ConversationComposer(Session& session, QString conversatio
     column->addWidget(m_composer);
 }
 
-void ConversationComposer::followSession()
 ConversationComposer::~ConversationComposer()
 {
     // The draft is gone, and teammates would look at it for minutes.
@@ -85,6 +85,7 @@ ConversationComposer::~ConversationComposer()
         m_session.sendTyping(m_conversationId, {});
 }
 
+void ConversationComposer::followSession()
 {
     // What the offered teammates depend on besides the text.
     connect(&m_session, &Session::assignableAgentsChanged, this, &ConversationComposer::updateSuggestions);

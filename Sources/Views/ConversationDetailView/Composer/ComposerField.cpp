@@ -9,8 +9,13 @@
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextLayout>
+#include <QUrl>
+
+#include <algorithm>
 
 namespace orvia {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -37,6 +42,24 @@ bool holdsLongWord(const QString& text)
             return true;
     }
     return false;
+}
+
+/// The files that @p source stands for, as file managers copy and drag them. Their paths, which often come
+/// along as a text, are no text of its own.
+QList<QUrl> localFiles(const QMimeData& source)
+{
+    const QList<QUrl> urls = source.urls();
+    const bool isLocal =
+        std::all_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); });
+    if (urls.isEmpty() || !isLocal)
+        return {};
+    const QStringList lines =
+        source.hasFormat("text/plain"_L1) ? source.text().split(u'\n', Qt::SkipEmptyParts) : QStringList();
+    const bool holdsText = std::any_of(lines.begin(), lines.end(), [&urls](const QString& line) {
+        const QString place = line.trimmed();
+        return !urls.contains(QUrl(place)) && !urls.contains(QUrl::fromLocalFile(place));
+    });
+    return holdsText ? QList<QUrl>() : urls;
 }
 
 /// Decides how to wrap a changed text before it is wrapped, wherever the change comes from.
@@ -95,6 +118,12 @@ void ComposerField::setText(const QString& text)
     setTextCursor(cursor);
 }
 
+void ComposerField::discardText()
+{
+    setText({});
+    document()->clearUndoRedoStacks();
+}
+
 void ComposerField::setLabel(const QString& label)
 {
     setPlaceholderText(label);
@@ -118,12 +147,6 @@ void ComposerField::keyPressEvent(QKeyEvent* event)
         const bool leavesUpward =
             event->key() == Qt::Key_Up && !(event->modifiers() & ~Qt::KeypadModifier) && isOnFirstLine();
         QPlainTextEdit::keyPressEvent(event);
-void ComposerField::discardText()
-{
-    setText({});
-    document()->clearUndoRedoStacks();
-}
-
         if (leavesUpward)
             Q_EMIT leaveUpwardRequested();
         return;
@@ -139,11 +162,17 @@ void ComposerField::discardText()
 
 bool ComposerField::canInsertFromMimeData(const QMimeData* source) const
 {
-    return source->hasText();
+    const QList<QUrl> files = localFiles(*source);
+    return files.isEmpty() ? source->hasText() : files.size() == 1;
 }
 
 void ComposerField::insertFromMimeData(const QMimeData* source)
 {
+    const QList<QUrl> files = localFiles(*source);
+    if (files.size() == 1)
+        Q_EMIT fileInserted(files.front());
+    if (!files.isEmpty())
+        return;
     textCursor().insertText(source->text());
     ensureCursorVisible();
 }

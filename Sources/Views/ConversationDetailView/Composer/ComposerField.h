@@ -5,7 +5,8 @@
 namespace orvia {
 
 /// The composer's plain text: grows from one line to six, then scrolls. Return asks to submit; with Shift,
-/// Control or the command key it adds a line break at the end. What is pasted or dropped comes in as text.
+/// Control or the command key it adds a line break at the end. What is pasted or dropped comes in as text,
+/// but for files.
 class ComposerField : public QPlainTextEdit {
     Q_OBJECT
 
@@ -16,9 +17,9 @@ public:
     const QString& text() const { return m_text; }
     /// Replaces the whole text as one step that can be undone, and puts the cursor at its end.
     void setText(const QString& text);
-    /// Sets placeholder and accessible name.
     /// Empties the field for good: nothing of the text can be brought back.
     void discardText();
+    /// Sets placeholder and accessible name.
     void setLabel(const QString& label);
 
     QSize sizeHint() const override;
@@ -28,6 +29,8 @@ Q_SIGNALS:
     /// The text is a different one now. An input method's unfinished composition is not part of it.
     void textEdited(const QString& text);
     void submitRequested();
+    /// A file of this machine was pasted or dropped; of several at once nothing is taken.
+    void fileInserted(const QUrl& file);
     /// Up was pressed with the cursor on the first line.
     void leaveUpwardRequested();
 

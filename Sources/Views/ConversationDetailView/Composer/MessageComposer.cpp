@@ -81,6 +81,7 @@ MessageComposer::MessageComposer(QWidget* parent)
     connect(m_field, &ComposerField::submitRequested, this, &MessageComposer::requestSend);
     m_frame = new FieldFrame(m_field, this);
 
+    connect(m_field, &ComposerField::fileInserted, this, &MessageComposer::fileInserted);
     m_send = new SendButton(this);
     connect(m_send, &SendButton::clicked, this, &MessageComposer::requestSend);
     // A click on a button leaves the cursor in the draft.

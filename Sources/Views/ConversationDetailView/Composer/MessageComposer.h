@@ -36,6 +36,8 @@ Q_SIGNALS:
     /// The send button was clicked, or Return pressed, while @c canSend.
     void sendRequested();
     void attachRequested();
+    /// A file was pasted or dropped into the field.
+    void fileInserted(const QUrl& file);
     void textChanged(const QString& text);
     void noteChanged(bool isNote);
 
