@@ -126,6 +126,7 @@ TEST_F(SendingTest, TabWalksInReadingOrderAndClicksLeaveTheCursorInTheDraft)
     EXPECT_TRUE(button(u"noteModeButton"_s).hasFocus());
     QTest::mouseClick(field().parentWidget(), Qt::LeftButton, {}, QPoint(4, 4));
     EXPECT_TRUE(field().hasFocus());
+    EXPECT_EQ(field().parentWidget()->focusPolicy(), Qt::NoFocus);
 }
 
 } // namespace

@@ -25,12 +25,10 @@ constexpr QMargins framePadding{14, 8, 14, 6}; // the field itself ends with a s
 class FieldFrame : public QWidget {
 public:
     FieldFrame(ComposerField* field, const MessageComposer* composer)
-        : m_composer(composer)
+        : m_field(field)
+        , m_composer(composer)
     {
         setMinimumHeight(oneLineFrame);
-        // A click on the padding means the text. The policy comes first, or else it would be the field's.
-        setFocusPolicy(Qt::ClickFocus);
-        setFocusProxy(field);
         setCursor(Qt::IBeamCursor);
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(framePadding);
@@ -38,6 +36,9 @@ public:
     }
 
 protected:
+    // A click on the padding means the text. The frame itself takes no focus, which would make it one more
+    // nameless stop to assistive tools.
+    void mousePressEvent(QMouseEvent*) override { m_field->setFocus(Qt::MouseFocusReason); }
     void paintEvent(QPaintEvent*) override
     {
         QPainter painter(this);
@@ -47,6 +48,7 @@ protected:
     }
 
 private:
+    ComposerField* m_field;
     const MessageComposer* m_composer;
 };
 
@@ -79,9 +81,9 @@ MessageComposer::MessageComposer(QWidget* parent)
         Q_EMIT textChanged(text);
     });
     connect(m_field, &ComposerField::submitRequested, this, &MessageComposer::requestSend);
+    connect(m_field, &ComposerField::fileInserted, this, &MessageComposer::fileInserted);
     m_frame = new FieldFrame(m_field, this);
 
-    connect(m_field, &ComposerField::fileInserted, this, &MessageComposer::fileInserted);
     m_send = new SendButton(this);
     connect(m_send, &SendButton::clicked, this, &MessageComposer::requestSend);
     // A click on a button leaves the cursor in the draft.
@@ -118,14 +120,14 @@ void MessageComposer::setText(const QString& text)
     m_field->setText(text);
 }
 
-void MessageComposer::setNote(bool isNote)
-{
-    if (m_isNote == isNote)
 void MessageComposer::discardText()
 {
     m_field->discardText();
 }
 
+void MessageComposer::setNote(bool isNote)
+{
+    if (m_isNote == isNote)
         return;
     m_isNote = isNote;
     m_noteMode->setChecked(isNote);
