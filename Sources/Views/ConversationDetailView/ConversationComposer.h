@@ -24,9 +24,10 @@ class ConversationComposer : public QWidget {
     Q_OBJECT
 
 public:
+    /// @p session outlives the composer.
     ConversationComposer(Session& session, QString conversationId, QWidget* parent = nullptr);
-
     ~ConversationComposer() override;
+
     /// The canned responses to offer.
     void setCanned(std::vector<CannedResponse> canned);
 
