@@ -86,6 +86,8 @@ void MainSplitView::rebuildDetail()
     if (id) {
         m_conversation = new ConversationDetailView(m_session, *id, this);
         m_conversation->show();
+    } else {
+        window()->setWindowTitle(tr("Orvia"));
     }
     m_noConversation->setVisible(!id);
     updatePanel();

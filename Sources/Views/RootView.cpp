@@ -81,7 +81,6 @@ RootView::RootView(Session& session, QWidget* parent)
     setAttribute(Qt::WA_OpaquePaintEvent);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
-    setWindowTitle(tr("Orvia"));
     followToken();
     connect(&session, &Session::tokenChanged, this, &RootView::followToken);
     connect(&session, &Session::bannerChanged, this, [this] { m_banner->present(m_session.banner()); });
@@ -101,6 +100,8 @@ void RootView::followToken()
         m_screen->hide();
         m_screen->deleteLater();
     }
+    // Whose conversation was open is not the next agent's business.
+    setWindowTitle(tr("Orvia"));
     if (signedIn) {
         Theme::expectEveryScript();
         m_screen = new MainSplitView(m_session, this);

@@ -159,6 +159,31 @@ TEST_F(ShellTest, TheSidebarWritesTheFiltersAndFollowsThem)
     EXPECT_TRUE(waitUntil([&] { return !session->isLoadingList(); }));
 }
 
+TEST_F(ShellTest, TheTitleNamesAVisitorOnlyWhileTheConversationIsOpen)
+{
+    Conversation conversation = makeConversation(u"c1"_s);
+    conversation.visitor.name = u"Helen Brandt"_s;
+    scriptInbox({conversation});
+    signIn();
+    service.always("GET", "/v1/agent/conversations/c1",
+                   answerOf(ConversationDetailResponse{conversation, {}}));
+    service.always("GET", "/v1/agent/canned", answerOf(CannedResponsesResponse{}));
+    const RootView& window = openRoot();
+    const auto openConversation = [this] {
+        session->setSelectedConversationId(u"c1"_s);
+        QCoreApplication::processEvents();
+    };
+    EXPECT_EQ(window.windowTitle(), u"Orvia"_s);
+    openConversation();
+    EXPECT_EQ(window.windowTitle(), u"Helen Brandt — Orvia"_s);
+    session->setSelectedConversationId(std::nullopt);
+    EXPECT_EQ(window.windowTitle(), u"Orvia"_s);
+    openConversation();
+    session->logout();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(window.windowTitle(), u"Orvia"_s);
+}
+
 TEST_F(ShellTest, TheBannerComesWithItsWholeTextAndTakesNothing)
 {
     RootView& window = openMain();
