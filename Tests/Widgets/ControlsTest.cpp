@@ -53,6 +53,9 @@ TEST(ControlsTest, ABusyButtonKeepsItsSizeAndIgnoresEveryClick)
         QTest::keyClick(button, Qt::Key_Space);
         EXPECT_EQ(clicks.count(), busy ? 0 : 3);
     }
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, u"\r"_s, true);
+    QCoreApplication::sendEvent(button, &held);
+    EXPECT_EQ(clicks.count(), 3);
 }
 
 TEST(ControlsTest, TheRingShowsForTheKeyboardAndAlwaysForFields)

@@ -89,6 +89,9 @@ TEST_F(SheetTest, ReturnClicksTheConfirmingButtonWhenItMay)
     press(Qt::Key_Return);
     press(Qt::Key_Enter, Qt::KeypadModifier);
     EXPECT_EQ(confirmed.count(), 2);
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, u"\r"_s, true);
+    QCoreApplication::sendEvent(QApplication::focusWidget(), &held);
+    EXPECT_EQ(confirmed.count(), 2);
     sheet->confirmButton()->setBusy(true);
     press(Qt::Key_Return);
     EXPECT_EQ(confirmed.count(), 2);

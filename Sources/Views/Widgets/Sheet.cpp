@@ -313,7 +313,9 @@ void Sheet::keyPressEvent(QKeyEvent* event)
     if (event->key() == Qt::Key_Escape && plain) {
         dismiss();
     } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && plain) {
-        if (m_confirm && m_confirm->isEnabled() && !m_confirm->isBusy() && m_confirm->isVisible())
+        // The Return that opened the sheet may still be held, and must not answer what it asks.
+        if (!event->isAutoRepeat() && m_confirm && m_confirm->isEnabled() && !m_confirm->isBusy()
+            && m_confirm->isVisible())
             m_confirm->click();
     }
     // Nothing under the scrim hears the keys of an open sheet.
