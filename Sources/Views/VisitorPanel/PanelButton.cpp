@@ -23,13 +23,6 @@ PanelButton::PanelButton(QWidget* parent)
     connect(&Theme::shared(), &Theme::changed, this, &QWidget::updateGeometry);
 }
 
-void PanelButton::setOpens(bool opens)
-{
-    m_opens = opens;
-    setCursor(opens ? Qt::PointingHandCursor : Qt::ArrowCursor);
-    update();
-}
-
 QSize PanelButton::minimumSizeHint() const
 {
     return {0, sizeHint().height()};
@@ -43,7 +36,6 @@ void PanelButton::keyPressEvent(QKeyEvent* event)
             click();
     } else {
         QPushButton::keyPressEvent(event);
-    }
 }
 
 bool PanelButton::event(QEvent* event)
@@ -57,7 +49,7 @@ int PanelButton::drawLine(QPainter& painter, const QRect& area, const QString& t
                           ColorRole color) const
 {
     QFont shownFont = font;
-    if (m_opens && (underMouse() || isDown()))
+    if (underMouse() || isDown())
         shownFont.setUnderline(true);
     painter.setFont(shownFont);
     painter.setPen(Theme::color(color));

@@ -13,9 +13,6 @@ class PanelButton : public QPushButton {
 public:
     explicit PanelButton(QWidget* parent = nullptr);
 
-    /// Whether a click leads anywhere, which it does unless told otherwise. If not, it looks like a text.
-    void setOpens(bool opens);
-
     QSize minimumSizeHint() const override;
 
 protected:
@@ -24,9 +21,6 @@ protected:
     /// Paints one line of @p text, elided, and answers how wide it became.
     int drawLine(QPainter& painter, const QRect& area, const QString& text, const QFont& font,
                  ColorRole color) const;
-
-private:
-    bool m_opens = true;
 };
 
 /// A line of text that can be clicked: a link in the accent colour, with an optional title above it, or a

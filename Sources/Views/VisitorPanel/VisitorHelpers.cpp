@@ -92,12 +92,6 @@ std::optional<QUrl> openableURL(const QString& text)
     return url.isValid() && !url.scheme().isEmpty() ? std::optional(url) : std::nullopt;
 }
 
-std::optional<QUrl> pageURL(const std::optional<QString>& address)
-{
-    std::optional<QUrl> url = openableURL(address.value_or(QString()));
-    return url && isWebAddress(*url) ? url : std::nullopt;
-}
-
 std::optional<VisitorPage> currentPage(const VisitorMeta& meta)
 {
     if (!hasText(meta.url))

@@ -26,10 +26,6 @@ std::optional<QUrl> webURL(const QString& text);
 /// The address as something that can be opened: a URL with a scheme, whatever scheme that is.
 std::optional<QUrl> openableURL(const QString& text);
 
-/// What the browser is given for the address of a page; none for any scheme but http and https. A visitor
-/// tells the address.
-std::optional<QUrl> pageURL(const std::optional<QString>& address);
-
 /// The page that the visitor looks at: the last visited one with the visitor's current address, or that
 /// address alone when none has it. None without an address.
 std::optional<VisitorPage> currentPage(const VisitorMeta& meta);

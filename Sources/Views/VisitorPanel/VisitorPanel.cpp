@@ -1,6 +1,7 @@
 #include "Views/VisitorPanel/VisitorPanel.h"
 
 #include "Platform/RelativeTime.h"
+#include "Platform/WebAddress.h"
 #include "Session/Session.h"
 #include "Views/VisitorPanel/PanelRowWidgets.h"
 #include "Views/VisitorPanel/PanelRows.h"
@@ -134,14 +135,7 @@ void VisitorPanel::refreshCurrentPage()
     m_currentPageSection->setVisible(current.has_value());
     if (!current)
         return;
-    const bool opens = pageURL(current->url).has_value();
-    const QString title = current->title.value_or(QString());
-    m_currentPage->setVisible(opens);
-    m_currentPageTitle->setLine(opens ? QString() : title);
-    m_currentPageText->setVisible(!opens);
-    if (!opens)
-        return m_currentPageText->setValue(*current->url, tr("Now viewing"));
-    m_currentPage->setTexts(*current->url, title);
+    m_currentPage->setTexts(*current->url, current->title.value_or(QString()));
     m_currentPage->setToolTip(shownToolTip(*current->url));
     m_currentPage->setAccessibleDescription(*current->url);
 }
@@ -234,9 +228,11 @@ void VisitorPanel::copyEmail()
     QTimer::singleShot(m_surroundings.copiedShown, m_copied, &QWidget::hide);
 }
 
-void VisitorPanel::openPage(const std::optional<QString>& address) const
+/// A visitor tells the address; one of a file or a program is nothing for a browser.
+void VisitorPanel::openAddress(const QString& address) const
 {
-    if (const auto url = pageURL(address))
+    const auto url = openableURL(address);
+    if (url && isWebAddress(*url))
         open(*url);
 }
 

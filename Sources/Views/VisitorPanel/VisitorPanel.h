@@ -25,7 +25,6 @@ class PanelLine;
 class PanelRows;
 class PanelSection;
 class ScrollArea;
-class SelectableLine;
 class Session;
 
 /// The column beside an open conversation that describes its visitor. It reads the session's conversation and
@@ -79,7 +78,7 @@ private:
     void loadHistory();
 
     void copyEmail();
-    void openPage(const std::optional<QString>& address) const;
+    void openAddress(const QString& address) const;
     void open(const QUrl& url) const;
     void refreshTimes();
     void scheduleTimes();
@@ -111,9 +110,6 @@ private:
     PanelLine* m_ip = nullptr;
     PanelSection* m_currentPageSection = nullptr;
     LinkButton* m_currentPage = nullptr;
-    /// In the link's place for an address that is not opened.
-    PanelLine* m_currentPageTitle = nullptr;
-    SelectableLine* m_currentPageText = nullptr;
     PanelSection* m_dataSection = nullptr;
     PanelRows* m_dataRows = nullptr;
     PanelSection* m_historySection = nullptr;

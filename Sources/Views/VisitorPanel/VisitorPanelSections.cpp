@@ -136,12 +136,8 @@ void VisitorPanel::buildCurrentPage()
     m_currentPageSection->hide();
     connect(m_currentPage, &QAbstractButton::clicked, this, [this] {
         if (m_conversation && m_conversation->visitor.meta)
-            openPage(m_conversation->visitor.meta->url);
+            openAddress(m_conversation->visitor.meta->url.value_or(QString()));
     });
-    m_currentPageTitle = new PanelLine(TextRole::bodyMedium, ColorRole::textPrimary, m_currentPageSection);
-    m_currentPageSection->contents()->addWidget(m_currentPageTitle);
-    m_currentPageText = new SelectableLine(m_currentPageSection);
-    m_currentPageSection->contents()->addWidget(m_currentPageText);
 }
 
 void VisitorPanel::buildCustomData()
@@ -203,16 +199,14 @@ void VisitorPanel::buildJourney()
     delegate.make = [this](QWidget* parent) -> QWidget* {
         auto* row = new JourneyRow(parent);
         connect(row, &QAbstractButton::clicked, this,
-                [this, row] { openPage(page(m_journeyRows->indexOf(row)).url); });
+                [this, row] { openAddress(page(m_journeyRows->indexOf(row)).url.value_or(QString())); });
         return row;
     };
     delegate.fill = [this](QWidget& row, qsizetype index) {
         const VisitorPage& visited = page(index);
-        auto& journeyRow = static_cast<JourneyRow&>(row);
-        journeyRow.setOpens(pageURL(visited.url).has_value());
-        journeyRow.setTexts(pageLabel(visited),
-                            visited.at ? relativeTime(*visited.at, m_surroundings.now()) : QString(),
-                            placeInList(*m_journeyRows, index));
+        static_cast<JourneyRow&>(row).setTexts(
+            pageLabel(visited), visited.at ? relativeTime(*visited.at, m_surroundings.now()) : QString(),
+            placeInList(*m_journeyRows, index));
     };
     m_journeyRows = new PanelRows(*m_area, std::move(delegate), m_journeySection);
     m_journeySection->contents()->addWidget(m_journeyRows);
@@ -238,7 +232,7 @@ void VisitorPanel::buildDevice()
 
 void VisitorPanel::orderTabs()
 {
-    std::vector<QWidget*> stops{m_area, m_email, m_currentPage, m_currentPageText};
+    std::vector<QWidget*> stops{m_area, m_email, m_currentPage};
     for (const PanelRows* rows : {m_dataRows, m_historyRows, m_journeyRows}) {
         for (const auto& [index, row] : rows->rows())
             stops.push_back(tabStop(row));
