@@ -67,8 +67,10 @@ void PushManager::connectToDesktop(PushSurroundings surroundings)
             });
     connect(m_distributor, &PushDistributor::endpointReceived, this,
             [this](const QString& token, const QString& endpoint) {
-                if (isOwn(token))
-                    received(endpoint.toUtf8());
+                if (!isOwn(token))
+                    return;
+                m_hasEndpoint = true;
+                received(endpoint.toUtf8());
             });
     connect(m_distributor, &PushDistributor::messageReceived, this,
             [this](const QString& token, const QByteArray& message) {
@@ -78,13 +80,14 @@ void PushManager::connectToDesktop(PushSurroundings surroundings)
     connect(m_distributor, &PushDistributor::unregistered, this, [this](const QString& token) {
         if (!isOwn(token))
             return;
-        // The next start asks whichever distributor is there by then.
+        // The next start, or the next distributor that comes, leads to a new registration.
+        m_hasEndpoint = false;
         m_registration.distributor.clear();
         saveRegistration();
     });
     connect(m_distributor, &PushDistributor::appeared, this, [this] {
         // At login the distributor may come later than the console.
-        if (m_hasStarted && !deviceToken)
+        if (m_hasStarted && !m_hasEndpoint)
             start();
     });
 }

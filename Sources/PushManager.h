@@ -75,6 +75,7 @@ private:
     PushDistributor* m_distributor = nullptr;
     Registration m_registration;
     bool m_hasStarted = false;
+    bool m_hasEndpoint = false; ///< a distributor delivers; the token outlives that
 };
 
 } // namespace orvia

@@ -85,6 +85,22 @@ TEST_F(PushManagerOnDesktop, RegistersOnEveryStartAndReportsEveryEndpoint)
     EXPECT_EQ(tokens.size(), 2);
 }
 
+TEST_F(PushManagerOnDesktop, AGivenUpRegistrationGoesToTheNextDistributorThatComes)
+{
+    NotificationServer server(bus, everything);
+    auto distributor = std::make_unique<Distributor>(bus, u"test"_s);
+    const auto manager = connected();
+    const QString token = registeredToken(*manager, *distributor);
+    deliver(*distributor, u"NewEndpoint"_s, {token, u"https://push.example/1"_s});
+    deliver(*distributor, u"Unregistered"_s, {token});
+    distributor.reset();
+    EXPECT_TRUE(manager->deviceToken.has_value());
+
+    Distributor next(bus, u"next"_s);
+    ASSERT_TRUE(waitUntil([&] { return !next.registrations.isEmpty(); }));
+    EXPECT_EQ(next.registrations.constLast().token, token);
+}
+
 TEST_F(PushManagerOnDesktop, KeepsItsTokenAndDistributorAcrossRuns)
 {
     NotificationServer server(bus, everything);
