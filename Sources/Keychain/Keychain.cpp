@@ -67,10 +67,10 @@ std::optional<QString> Keychain::string(const QString& key)
 bool Keychain::set(const std::optional<QString>& value, const QString& key)
 {
     for (const auto& storage : m_storages) {
-        // The result does not matter: there may have been nothing, and where there was something that cannot
-        // be removed, the addition tells.
-        storage->remove(m_service, key);
-        if (!value)
+        // There may have been nothing, and where there was something that cannot be removed, the addition
+        // tells. Only a place that is not there is not asked twice, because it may take its time to say so.
+        const bool isThere = storage->remove(m_service, key) != SecretStatus::unavailable;
+        if (!value || !isThere)
             continue;
         switch (storage->add(value->toUtf8(), m_service, key)) {
         case SecretStatus::success:

@@ -15,6 +15,7 @@ using Status = SecretStatus;
 /// Answers as told and notes what it was asked.
 struct Place {
     SecretReading reading{Status::notFound, {}};
+    Status removal = Status::failed;
     Status addition = Status::success;
     QStringList calls{};
 };
@@ -39,7 +40,7 @@ public:
     Status remove(const QString& service, const QString& account) override
     {
         m_place.calls.append(u"remove %1/%2"_s.arg(service, account));
-        return Status::failed;
+        return m_place.removal;
     }
 
 private:
@@ -110,6 +111,19 @@ TEST(Keychain, RemovesThenAddsUntilOnePlaceTakesItAndDeletesFromBoth)
         EXPECT_EQ(first.calls, QStringList{u"remove app/token"_s});
         EXPECT_EQ(second.calls, first.calls);
     }
+}
+
+TEST(Keychain, AsksAPlaceThatIsNotThereOnce)
+{
+    Place first{.removal = Status::unavailable};
+    Place second;
+    EXPECT_TRUE(keychain(first, second).set(u"new"_s, u"token"_s));
+    EXPECT_EQ(first.calls, QStringList{u"remove app/token"_s});
+    EXPECT_EQ(second.calls, QStringList({u"remove app/token"_s, u"add app/token new"_s}));
+
+    second = {.removal = Status::unavailable};
+    EXPECT_FALSE(keychain(first, second).set(u"new"_s, u"token"_s));
+    EXPECT_TRUE(keychain(first, second).set(std::nullopt, u"token"_s));
 }
 
 } // namespace
