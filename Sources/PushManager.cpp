@@ -85,11 +85,9 @@ void PushManager::connectToDesktop(PushSurroundings surroundings)
         m_registration.distributor.clear();
         saveRegistration();
     });
-    connect(m_distributor, &PushDistributor::appeared, this, [this] {
-        // At login the distributor may come later than the console.
-        if (m_hasStarted && !m_hasEndpoint)
-            start();
-    });
+    // At login the distributor and the notification server may come later than the console.
+    connect(m_distributor, &PushDistributor::appeared, this, &PushManager::startAgain);
+    connect(m_notifications, &Notifications::appeared, this, &PushManager::startAgain);
 }
 
 void PushManager::start()
@@ -101,6 +99,12 @@ void PushManager::start()
         if (isGranted)
             registerForRemoteNotifications();
     });
+}
+
+void PushManager::startAgain()
+{
+    if (m_hasStarted && !m_hasEndpoint)
+        start();
 }
 
 void PushManager::registerForRemoteNotifications()

@@ -64,6 +64,7 @@ private:
         QString distributor;
     };
 
+    void startAgain();
     void registerForRemoteNotifications();
     void show(const QByteArray& message);
     bool isOwn(const QString& token);

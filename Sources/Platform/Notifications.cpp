@@ -67,18 +67,36 @@ void Notifications::listen()
                 SLOT(onActivationToken(uint, QString)));
     bus.connect(serviceName, objectPath, serviceName, u"NotificationClosed"_s, this,
                 SLOT(onNotificationClosed(uint, uint)));
-    // A new server counts its notifications from the start again.
-    auto* watcher =
-        new QDBusServiceWatcher(serviceName, bus, QDBusServiceWatcher::WatchForUnregistration, this);
-    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] { m_presented.clear(); });
+    watchServer();
+}
+
+/// Other than the subscription to a server's signals, this waits for nobody.
+void Notifications::watchServer()
+{
+    const QDBusConnection bus = busNamed(m_busConnection);
+    if (!bus.isConnected() || std::exchange(m_isWatching, true))
+        return;
+    auto* watcher = new QDBusServiceWatcher(serviceName, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] {
+        m_isServerRunning = true;
+        Q_EMIT appeared();
+    });
+    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
+        m_isServerRunning = false;
+        // A new server counts its notifications from the start again.
+        m_presented.clear();
+    });
 }
 
 void Notifications::askWhetherAvailable(std::function<void(bool)> answer)
 {
-    sendCall(busNamed(m_busConnection), callOf(u"GetServerInformation"_s), this,
-             [answer = std::move(answer)](const QDBusMessage& reply) {
-                 answer(reply.type() == QDBusMessage::ReplyMessage);
-             });
+    watchServer();
+    QDBusMessage call = callOf(u"GetServerInformation"_s);
+    // One that comes and crashes is not to be started over and over by the question whether it is there.
+    call.setAutoStartService(!m_isServerRunning);
+    sendCall(busNamed(m_busConnection), call, this, [answer = std::move(answer)](const QDBusMessage& reply) {
+        answer(reply.type() == QDBusMessage::ReplyMessage);
+    });
 }
 
 void Notifications::present(const Notification& notification)

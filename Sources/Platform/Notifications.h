@@ -38,7 +38,7 @@ public:
                            QObject* parent = nullptr);
 
     /// Asks whether a notification server is on the bus and answers later. A server that the bus starts on
-    /// demand is one.
+    /// demand is one. From the first question on, @c appeared tells of those that come.
     void askWhetherAvailable(std::function<void(bool)> answer);
     void present(const Notification& notification);
 
@@ -46,6 +46,8 @@ Q_SIGNALS:
     /// The user clicked a notification of this program. The token, which may be empty, lets a window come to
     /// the front where the desktop asks for one.
     void clicked(const QVariantMap& userInfo, const QString& activationToken);
+    /// A notification server came onto the bus.
+    void appeared();
 
 private Q_SLOTS:
     void onActionInvoked(uint id, const QString& action);
@@ -59,6 +61,7 @@ private:
     };
 
     void listen();
+    void watchServer();
     void send(const Notification& notification, const QStringList& capabilities);
     void remember(uint id, const QVariantMap& userInfo);
     void whenKnown(uint id, const std::function<void()>& act);
@@ -69,6 +72,8 @@ private:
     QMultiMap<uint, std::function<void()>> m_early; ///< signals that came before the answer that tells the id
     int m_unanswered = 0;                           ///< notifications whose id is not known yet
     bool m_isListening = false;
+    bool m_isWatching = false;
+    bool m_isServerRunning = false; ///< as far as the watch has told
 };
 
 } // namespace orvia
