@@ -181,6 +181,8 @@ void OrviaApp::activate(const QString& activationToken)
         m_window->raise();
     }
     m_window->activateWindow();
+    // Where the toolkit has no use for it, it must not reach the programs that open links and files.
+    qunsetenv("XDG_ACTIVATION_TOKEN");
 }
 
 void OrviaApp::openLink(const QUrl& link)
