@@ -17,23 +17,26 @@ QString translated(const char* text)
 
 LaunchOptions refused(const QString& reason)
 {
-    return {LaunchOptions::Action::refuse, u"orvia: "_s + reason.simplified(), {}, {}};
+    return {LaunchOptions::Action::refuse, u"orvia: "_s + reason.simplified(), {}, {}, false};
 }
 
 struct Options {
     Options()
         : configuration(u"config"_s,
                         translated("Read the service's address from FILE (INI, key APIBaseURL)."), u"FILE"_s)
+        , background(u"background"_s, translated("Take messages and show no window until it is asked for."))
         , help(parser.addHelpOption())
         , version(parser.addVersionOption())
     {
         parser.setApplicationDescription(translated("Desktop console of a live-chat service."));
         parser.addOption(configuration);
+        parser.addOption(background);
         parser.addPositionalArgument(u"link"_s, translated("An orvia: link to open."), u"[orvia://...]"_s);
     }
 
     QCommandLineParser parser;
     QCommandLineOption configuration;
+    QCommandLineOption background;
     QCommandLineOption help;
     QCommandLineOption version;
 };
@@ -47,11 +50,12 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments)
     if (!parser.parse(arguments))
         return refused(parser.errorText());
     if (parser.isSet(options.help))
-        return {Action::printHelp, {}, {}, {}};
+        return {Action::printHelp, {}, {}, {}, false};
     if (parser.isSet(options.version))
-        return {Action::printVersion, {}, {}, {}};
+        return {Action::printVersion, {}, {}, {}, false};
 
     LaunchOptions result;
+    result.isInBackground = parser.isSet(options.background);
     const QStringList links = parser.positionalArguments();
     if (links.size() > 1)
         return refused(translated("at most one link can be opened"));

@@ -17,9 +17,10 @@ struct LaunchOptions {
     };
 
     Action action = Action::run;
-    QString refusal;           ///< one line, ready to be printed
-    QString configurationFile; ///< empty when none is named
-    QList<QUrl> links;         ///< to be opened once the program runs: none or one
+    QString refusal;             ///< one line, ready to be printed
+    QString configurationFile;   ///< empty when none is named
+    QList<QUrl> links;           ///< to be opened once the program runs: none or one
+    bool isInBackground = false; ///< no window before somebody asks for it
 
     /// Reads @p arguments, the program's own name first. Whether the configuration file exists and can be
     /// read is part of the answer: a mistyped name must not lead to another service than the one meant.

@@ -20,8 +20,6 @@
 #include <QThreadPool>
 #include <QTimer>
 
-#include <unistd.h>
-
 namespace orvia {
 
 namespace {
@@ -29,13 +27,6 @@ namespace {
 constexpr QSize defaultWindowSize(1080, 700);
 constexpr std::chrono::milliseconds iconDelay(250);
 constexpr std::chrono::seconds keyringPatience(2);
-
-/// Whether the program runs for the bus alone: to take a message, until somebody asks for the window. A
-/// terminal that the bus started passes its environment on, but then a person typed the command.
-bool runsInBackground(const QList<QUrl>& links)
-{
-    return ApplicationService::isStartedByBus() && links.isEmpty() && isatty(STDIN_FILENO) == 0;
-}
 
 } // namespace
 
@@ -66,7 +57,7 @@ OrviaApp::~OrviaApp() = default;
 
 /// What asks the keyring is loaded while the bus answers, where somebody was signed in. The network's thread
 /// is made before, because the loader would keep it waiting.
-bool OrviaApp::start(const QList<QUrl>& links)
+bool OrviaApp::start(const QList<QUrl>& links, bool isInBackground)
 {
     m_urlSession = std::make_unique<NetworkSession>();
     std::optional<ParallelWork<void>> loading;
@@ -80,7 +71,7 @@ bool OrviaApp::start(const QList<QUrl>& links)
     open();
     for (const QUrl& link : links)
         openLink(link);
-    m_isWanted = !runsInBackground(links);
+    m_isWanted = !isInBackground || !links.isEmpty();
     return true;
 }
 

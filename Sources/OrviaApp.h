@@ -30,8 +30,9 @@ public:
     ~OrviaApp() override;
 
     /// Takes the user's one place on the desktop and shows the window from the event loop, or hands @p links
-    /// to the instance that has it; false then, and the process may end.
-    bool start(const QList<QUrl>& links);
+    /// to the instance that has it; false then, and the process may end. In the background and without links
+    /// the window waits until the desktop, or a click on a notification, asks for it.
+    bool start(const QList<QUrl>& links, bool isInBackground = false);
 
     /// The one session; null before a start that did not hand over.
     Session* session() const { return m_session.get(); }

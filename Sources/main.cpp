@@ -75,5 +75,5 @@ int main(int argc, char** argv)
     orvia::Theme::setTypefaces(typefaces.result());
     orvia::Theme::shared().apply(application);
     orvia::OrviaApp console;
-    return console.start(options.links) ? QApplication::exec() : 0;
+    return console.start(options.links, options.isInBackground) ? QApplication::exec() : 0;
 }

@@ -9,7 +9,7 @@ _orvia() {
             ;;
         --port | --seed | --conversations | --messages | --events-per-second) ;;
         *)
-            local options='--help --version --config'
+            local options='--help --version --config --background'
             if [[ ${1##*/} == orvia-demo-service ]]; then
                 options='--help --version --port --seed --quiet --conversations --messages --events-per-second'
             fi

@@ -141,12 +141,6 @@ ApplicationService::Delivery ApplicationService::handOver(const QStringList& lin
     }
 }
 
-bool ApplicationService::isStartedByBus()
-{
-    return qEnvironmentVariableIsSet("DBUS_STARTER_BUS_TYPE")
-           || qEnvironmentVariableIsSet("DBUS_STARTER_ADDRESS");
-}
-
 } // namespace orvia
 
 #include "ApplicationService.moc"

@@ -35,10 +35,6 @@ public:
     /// instance's answer, at most @p patience. A first instance's own links are its caller's business.
     Start start(const QStringList& links, std::chrono::milliseconds patience = std::chrono::seconds(5));
 
-    /// Whether the bus started this process to deliver a message. Nobody has asked for a window then, until
-    /// @c activated or @c opened says so.
-    static bool isStartedByBus();
-
 Q_SIGNALS:
     /// The program shall come to the front. The token, which may be empty, lets its window do so where the
     /// desktop asks for one.

@@ -116,8 +116,9 @@ protected:
         DesktopTest::SetUp();
         signInBeforehand();
         // The bus, not the test, is the program's parent; it must not outlive a test that crashes.
-        bus.addService(AppIdentity::identifier, u"/usr/bin/timeout 120 %1 %2"_s.arg(
-                                                    QStringLiteral(ORVIA_PROGRAM), arguments().join(u' ')));
+        bus.addService(AppIdentity::identifier,
+                       u"/usr/bin/timeout 120 %1 %2"_s.arg(QStringLiteral(ORVIA_PROGRAM),
+                                                           arguments({u"--background"_s}).join(u' ')));
     }
 
     void TearDown() override
@@ -166,10 +167,17 @@ TEST_F(StartedByBusTest, ALauncherOrALinkShowsTheWindow)
     EXPECT_EQ(windowsOnShow(), 1);
 }
 
-TEST_F(StartedByBusTest, ALinkShowsTheWindowAlsoInTheEnvironmentOfTheBus)
+TEST_F(StartedByBusTest, AStartByAProgramThatTheBusStartedShowsTheWindow)
 {
     environment.set("DBUS_STARTER_BUS_TYPE", "session");
-    Console console(arguments({u"orvia://conversation/helen-brandt"_s}));
+    environment.set("DBUS_STARTER_ADDRESS", bus.address().toUtf8());
+    Console console(arguments());
+    EXPECT_TRUE(waitUntil([] { return windowsOnShow() == 1; }));
+}
+
+TEST_F(StartedByBusTest, ALinkShowsTheWindowAlsoInTheBackground)
+{
+    Console console(arguments({u"--background"_s, u"orvia://conversation/helen-brandt"_s}));
     EXPECT_TRUE(waitUntil([] { return windowsOnShow() == 1; }));
 }
 

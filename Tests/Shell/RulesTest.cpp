@@ -54,6 +54,8 @@ TEST(LaunchOptionsTest, NamesTheConfigurationAndTheLink)
     EXPECT_EQ(both.action, LaunchOptions::Action::run);
     EXPECT_EQ(both.configurationFile, file.fileName());
     EXPECT_EQ(both.links, QList{QUrl(u"orvia://conversation/abc"_s)});
+    EXPECT_FALSE(both.isInBackground);
+    EXPECT_TRUE(LaunchOptions::parse({u"orvia"_s, u"--background"_s}).isInBackground);
     EXPECT_EQ(LaunchOptions::parse({u"orvia"_s, u"https://example.org/"_s}).action,
               LaunchOptions::Action::run)
         << "a link, which opens nothing";
