@@ -1,11 +1,20 @@
 #include "Support/Waiting.h"
 #include "Theme/CaretRest.h"
 #include "Views/Widgets/Button.h"
+#include "Views/Widgets/EmptyState.h"
 #include "Views/Widgets/FocusRing.h"
+#include "Views/Widgets/FormCard.h"
 #include "Views/Widgets/Label.h"
 #include "Views/Widgets/Picker.h"
+#include "Views/Widgets/ScrollArea.h"
+#include "Views/Widgets/SidebarList.h"
+#include "Views/Widgets/Spinner.h"
+#include "Views/Widgets/Switch.h"
 #include "Views/Widgets/TextField.h"
 
+#include <QAbstractItemView>
+#include <QAccessible>
+#include <QFocusFrame>
 #include <QHelpEvent>
 #include <QSignalSpy>
 #include <QStyleHints>
@@ -77,6 +86,27 @@ TEST(ControlsTest, TheRingShowsForTheKeyboardAndAlwaysForFields)
     delete field;
     first->setFocus(Qt::TabFocusReason);
     EXPECT_TRUE(FocusRing::isShown(first));
+}
+
+TEST(ControlsTest, TheRingFollowsWhatIsScrolledToAfterItHasTheFocus)
+{
+    auto* rows = new QWidget;
+    auto* column = new QVBoxLayout(rows);
+    for (int number = 0; number < 30; ++number)
+        column->addWidget(new Button(u"Row"_s));
+    auto* area = new ScrollArea;
+    area->setWidget(rows);
+    Window window({area});
+    const auto* last = qobject_cast<Button*>(column->itemAt(29)->widget());
+    column->itemAt(0)->widget()->setFocus(Qt::TabFocusReason);
+    for (int step = 1; step < 30; ++step)
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    ASSERT_TRUE(last->hasFocus());
+    EXPECT_GT(area->verticalScrollBar()->value(), 0);
+    const auto* ring = window.findChild<QFocusFrame*>();
+    ASSERT_TRUE(ring);
+    EXPECT_TRUE(ring->isVisible());
+    EXPECT_TRUE(ring->parentWidget()->rect().contains(ring->geometry()));
 }
 
 TEST(ControlsTest, TheSearchFieldAsksToBeClearedAndNeverClearsItself)

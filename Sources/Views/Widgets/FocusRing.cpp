@@ -13,6 +13,24 @@ namespace orvia {
 
 namespace {
 
+/// Qt's frame stays hidden when its widget got the focus out of sight and is scrolled to only then.
+class Ring : public QFocusFrame {
+public:
+    using QFocusFrame::QFocusFrame;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        const bool handled = QFocusFrame::eventFilter(watched, event);
+        if (event->type() == QEvent::Move && isHidden() && widget() && widget()->isVisible()
+            && parentWidget()->rect().intersects(geometry())) {
+            raise();
+            show();
+        }
+        return handled;
+    }
+};
+
 /// Moves the one focus frame to the widget that needs it.
 class RingFollower : public QObject {
 public:
@@ -59,7 +77,7 @@ private:
     static void show(QWidget* widget)
     {
         if (!currentFrame())
-            currentFrame() = new QFocusFrame(widget);
+            currentFrame() = new Ring(widget);
         currentFrame()->setWidget(widget);
     }
 
