@@ -109,6 +109,28 @@ TEST(ControlsTest, TheRingFollowsWhatIsScrolledToAfterItHasTheFocus)
     EXPECT_TRUE(ring->parentWidget()->rect().contains(ring->geometry()));
 }
 
+TEST(ControlsTest, ASidebarListKeepsItsCurrentRowInSight)
+{
+    auto* list = new SidebarList(u"Products"_s);
+    list->setRows(std::vector<SidebarList::Row>(43, {u"box"_s, u"Product"_s}));
+    auto* area = new ScrollArea;
+    area->setWidget(list);
+    Window window({new Button(u"Settings"_s), area});
+    const auto rowIsInSight = [&] {
+        const QRect row = list->visualRect(list->currentIndex());
+        const QPoint corner = list->viewport()->mapTo(area->viewport(), row.topLeft());
+        return area->viewport()->rect().contains(QRect(corner, row.size()));
+    };
+    list->selectRow(42);
+    EXPECT_FALSE(rowIsInSight()) << "chosen elsewhere";
+    list->selectRow(0);
+    list->setFocus(Qt::TabFocusReason);
+    for (const Qt::Key key : {Qt::Key_End, Qt::Key_Home, Qt::Key_PageDown, Qt::Key_Down, Qt::Key_Down}) {
+        QTest::keyClick(list, key);
+        EXPECT_TRUE(rowIsInSight()) << key;
+    }
+}
+
 TEST(ControlsTest, TheSearchFieldAsksToBeClearedAndNeverClearsItself)
 {
     auto* field = new SearchField(u"Search conversations"_s, u"Clear search"_s);

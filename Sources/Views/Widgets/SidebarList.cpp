@@ -8,6 +8,7 @@
 #include <QAbstractListModel>
 #include <QPainter>
 #include <QScopedValueRollback>
+#include <QScrollArea>
 #include <QStyledItemDelegate>
 #include <QWheelEvent>
 
@@ -145,6 +146,22 @@ QSize SidebarList::sizeHint() const
 QSize SidebarList::minimumSizeHint() const
 {
     return sizeHint();
+}
+
+void SidebarList::scrollTo(const QModelIndex& index, ScrollHint hint)
+{
+    VirtualListView::scrollTo(index, hint);
+    // A row that something else chose moves nothing under the agent's eyes.
+    if (!hasFocus())
+        return;
+    for (QWidget* around = parentWidget(); around; around = around->parentWidget()) {
+        if (auto* area = qobject_cast<QScrollArea*>(around)) {
+            const QRect row = visualRect(index);
+            const QPoint centre = viewport()->mapTo(area->widget(), row.center());
+            area->ensureVisible(centre.x(), centre.y(), 0, row.height());
+            return;
+        }
+    }
 }
 
 QItemSelectionModel::SelectionFlags SidebarList::selectionCommand(const QModelIndex& index,
