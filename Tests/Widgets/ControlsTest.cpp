@@ -131,6 +131,21 @@ TEST(ControlsTest, ASidebarListKeepsItsCurrentRowInSight)
     }
 }
 
+TEST(ControlsTest, AnOpenPickerFollowsTheTheme)
+{
+    auto* picker = new Picker(u"Role"_s);
+    picker->addItems({u"Agent"_s, u"Admin"_s});
+    Window window({picker});
+    Theme::shared().setDesktopAppearance(false);
+    QTest::mouseClick(picker, Qt::LeftButton);
+    for (const bool dark : {true, false}) {
+        Theme::shared().setDesktopAppearance(dark);
+        EXPECT_EQ(picker->view()->palette().color(QPalette::Base), Theme::color(ColorRole::menu, dark));
+    }
+    picker->hidePopup();
+    Theme::shared().setDesktopAppearance(std::nullopt);
+}
+
 TEST(ControlsTest, TheSearchFieldAsksToBeClearedAndNeverClearsItself)
 {
     auto* field = new SearchField(u"Search conversations"_s, u"Clear search"_s);

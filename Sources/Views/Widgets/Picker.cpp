@@ -125,10 +125,17 @@ void Picker::showPopup()
     for (int row = 0; row < count(); ++row)
         widest = std::max(widest, itemDelegate()->sizeHint({}, model()->index(row, 0)).width() + 2);
     view()->setMinimumWidth(widest);
+    colorPopup();
+    // Only from now on: the rows' view is made when it is first asked for.
+    connect(&Theme::shared(), &Theme::changed, this, &Picker::colorPopup, Qt::UniqueConnection);
+    QComboBox::showPopup();
+}
+
+void Picker::colorPopup()
+{
     QPalette colors = view()->palette();
     colors.setColor(QPalette::Base, Theme::color(ColorRole::menu));
     view()->setPalette(colors);
-    QComboBox::showPopup();
 }
 
 void Picker::paintEvent(QPaintEvent*)

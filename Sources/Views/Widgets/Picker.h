@@ -21,6 +21,9 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void showPopup() override;
+
+private:
+    void colorPopup();
 };
 
 } // namespace orvia
