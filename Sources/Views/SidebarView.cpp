@@ -105,8 +105,10 @@ QWidget* SidebarView::buildSnoozedRow()
     row->setMinimumHeight(switchRowHeight);
     auto* line = new QHBoxLayout(row);
     line->setContentsMargins(Spacing::large, 0, Spacing::large, 0);
-    line->addWidget(new ElidedLabel(tr("Show snoozed")), 1);
+    auto* label = new ElidedLabel(tr("Show snoozed"));
+    line->addWidget(label, 1);
     line->addWidget(m_showSnoozed);
+    m_showSnoozed->setLabel(label);
     return row;
 }
 

@@ -131,6 +131,23 @@ TEST(ControlsTest, ASidebarListKeepsItsCurrentRowInSight)
     }
 }
 
+TEST(ControlsTest, AClickOnTheTextOfASwitchActsOnTheSwitch)
+{
+    auto* toggle = new Switch({});
+    auto* row = new FormRow(u"Enabled"_s, toggle);
+    Window window({row});
+    auto* label = row->findChild<Label*>();
+    QTest::mouseClick(label, Qt::LeftButton);
+    EXPECT_TRUE(toggle->isChecked());
+    QTest::mouseClick(label, Qt::RightButton);
+    QTest::mousePress(label, Qt::LeftButton);
+    QTest::mouseRelease(label, Qt::LeftButton, {}, QPoint(-5, 5));
+    EXPECT_TRUE(toggle->isChecked());
+    toggle->setEnabled(false);
+    QTest::mouseClick(label, Qt::LeftButton);
+    EXPECT_TRUE(toggle->isChecked());
+}
+
 TEST(ControlsTest, AnOpenPickerFollowsTheTheme)
 {
     auto* picker = new Picker(u"Role"_s);

@@ -3,6 +3,7 @@
 #include "Views/Widgets/FocusRing.h"
 #include "Views/Widgets/Label.h"
 #include "Views/Widgets/PaintShapes.h"
+#include "Views/Widgets/Switch.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -155,6 +156,8 @@ void FormRow::build(const QString& label, QWidget* control)
     } else if (!m_value) {
         control->setAccessibleName(label);
     }
+    if (auto* toggle = qobject_cast<Switch*>(control))
+        toggle->setLabel(title);
     setMinimumHeight(rowHeight - 1);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }

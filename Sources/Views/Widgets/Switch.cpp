@@ -5,6 +5,7 @@
 #include "Views/Widgets/PaintShapes.h"
 
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QVariantAnimation>
 
@@ -30,6 +31,28 @@ Switch::Switch(const QString& accessibleName, QWidget* parent)
     connect(m_knob, &QVariantAnimation::valueChanged, this, qOverload<>(&QWidget::update));
     connect(this, &QCheckBox::toggled, this, &Switch::moveKnob);
     FocusRing::attach(this, switchSize.height() / 2.0);
+}
+
+void Switch::setLabel(QWidget* label)
+{
+    m_label = label;
+    label->installEventFilter(this);
+}
+
+bool Switch::eventFilter(QObject* watched, QEvent* event)
+{
+    const bool presses =
+        event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+    if (watched != m_label || (!presses && event->type() != QEvent::MouseButtonRelease))
+        return QCheckBox::eventFilter(watched, event);
+    const auto* mouse = static_cast<QMouseEvent*>(event);
+    if (mouse->button() != Qt::LeftButton || !isEnabled())
+        return QCheckBox::eventFilter(watched, event);
+    if (presses)
+        setFocus(Qt::MouseFocusReason);
+    else if (m_label->rect().contains(mouse->position().toPoint()))
+        click();
+    return true;
 }
 
 QSize Switch::sizeHint() const

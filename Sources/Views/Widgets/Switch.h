@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QCheckBox>
+#include <QPointer>
 
 class QVariantAnimation;
 
@@ -14,10 +15,14 @@ class Switch : public QCheckBox {
 public:
     explicit Switch(const QString& accessibleName, QWidget* parent = nullptr);
 
+    /// Makes a click on @p label, the text beside the switch, act like one on the switch.
+    void setLabel(QWidget* label);
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     bool hitButton(const QPoint& position) const override { return rect().contains(position); }
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -26,6 +31,7 @@ private:
     void moveKnob(bool on);
 
     QVariantAnimation* m_knob;
+    QPointer<QWidget> m_label;
 };
 
 } // namespace orvia
