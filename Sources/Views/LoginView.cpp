@@ -5,6 +5,7 @@
 #include "Session/Session.h"
 #include "Theme/Theme.h"
 #include "Views/SettingsView.h"
+#include "Views/Widgets/AccessibleRole.h"
 #include "Views/Widgets/Button.h"
 #include "Views/Widgets/Label.h"
 #include "Views/Widgets/Sheet.h"
@@ -63,6 +64,7 @@ LoginView::LoginView(Session& session, QWidget* parent)
 void LoginView::buildColumn()
 {
     auto* symbol = new QLabel(this);
+    markAsDecoration(symbol);
     symbol->setPixmap(Theme::applicationPicture(iconCanvas, devicePixelRatioF()));
     symbol->setAlignment(Qt::AlignCenter);
     symbol->setFixedHeight(symbolSize);

@@ -163,6 +163,16 @@ TEST(ControlsTest, AnOpenPickerFollowsTheTheme)
     Theme::shared().setDesktopAppearance(std::nullopt);
 }
 
+TEST(ControlsTest, AssistiveToolsHearOfASpinnerAndPassOverAPicture)
+{
+    Spinner spinner;
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&spinner)->role(), QAccessible::ProgressBar);
+    EmptyState empty(u"inbox-large"_s, u"No Conversation"_s);
+    QAccessibleInterface* state = QAccessible::queryAccessibleInterface(&empty);
+    for (int number = 0; number < state->childCount(); ++number)
+        EXPECT_NE(state->child(number)->role(), QAccessible::Graphic);
+}
+
 TEST(ControlsTest, TheSearchFieldAsksToBeClearedAndNeverClearsItself)
 {
     auto* field = new SearchField(u"Search conversations"_s, u"Clear search"_s);

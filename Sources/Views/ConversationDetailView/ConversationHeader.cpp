@@ -1,9 +1,9 @@
 #include "Views/ConversationDetailView/ConversationHeader.h"
 
+#include "Views/Widgets/AccessibleRole.h"
 #include "Views/Widgets/Button.h"
 #include "Views/Widgets/Label.h"
 #include "Views/Widgets/PaintShapes.h"
-#include "Views/Widgets/StaticTextRole.h"
 
 #include <QHBoxLayout>
 #include <QPainter>

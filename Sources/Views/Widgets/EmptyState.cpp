@@ -1,5 +1,6 @@
 #include "Views/Widgets/EmptyState.h"
 
+#include "Views/Widgets/AccessibleRole.h"
 #include "Views/Widgets/Label.h"
 
 #include <QVBoxLayout>
@@ -18,6 +19,7 @@ EmptyState::EmptyState(const QString& iconName, const QString& title, const QStr
     , m_title(new Label({}, TextRole::emptyTitle))
     , m_text(new Label({}, TextRole::callout, ColorRole::textSecondary))
 {
+    markAsDecoration(m_icon);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(Spacing::large, Spacing::large, Spacing::large, Spacing::large);
     column->setSpacing(0);

@@ -1,5 +1,7 @@
 #include "Views/Widgets/Spinner.h"
 
+#include "Views/Widgets/AccessibleRole.h"
+
 #include <QElapsedTimer>
 #include <QPainter>
 #include <QTimerEvent>
@@ -30,6 +32,7 @@ Spinner::Spinner(int size, ColorRole color, QWidget* parent)
     , m_size(size)
     , m_color(color)
 {
+    markAsProgress(this);
     setFixedSize(size, size);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setAccessibleName(tr("Loading"));

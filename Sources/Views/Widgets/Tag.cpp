@@ -1,7 +1,7 @@
 #include "Views/Widgets/Tag.h"
 
+#include "Views/Widgets/AccessibleRole.h"
 #include "Views/Widgets/PaintShapes.h"
-#include "Views/Widgets/StaticTextRole.h"
 
 #include <QPainter>
 
