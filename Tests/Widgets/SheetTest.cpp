@@ -109,6 +109,7 @@ TEST_F(SheetTest, ASheetOverASheetAndAPushedPageGiveTheFocusBack)
     auto* sheet = new Sheet(u"Settings"_s, outside, Sheet::Kind::settings);
     auto* link = new FormActionRow(u"box"_s, u"Products"_s);
     sheet->setBody(link);
+    Button* done = sheet->setConfirmButton(u"Done"_s);
     sheet->open();
     EXPECT_TRUE(link->hasFocus());
 
@@ -118,6 +119,10 @@ TEST_F(SheetTest, ASheetOverASheetAndAPushedPageGiveTheFocusBack)
     EXPECT_EQ(sheet->title(), u"Products"_s);
     EXPECT_TRUE(plus->isVisible());
     EXPECT_TRUE(page->hasFocus());
+    done->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_TRUE(plus->hasFocus()) << "in the order on the screen";
+    page->setFocus();
 
     const QPointer<Sheet> form = openForm();
     QSignalSpy dismissed(form, &Sheet::dismissed);

@@ -144,8 +144,11 @@ void Sheet::pushPage(const QString& title, QWidget* page, QWidget* trailing)
     m_pages->current().focus = focused && isAncestorOf(focused) ? focused : nullptr;
     if (m_pages->current().trailing)
         m_pages->current().trailing->hide();
-    if (trailing)
+    if (trailing) {
         trailing->setParent(m_header);
+        // The newest widget would come last when the keyboard goes round.
+        setTabOrder(m_back, trailing);
+    }
     m_pages->push({title, page, trailing, nullptr});
     showHeaderOfPage();
     focusFirst();
