@@ -36,6 +36,7 @@ void PanelButton::keyPressEvent(QKeyEvent* event)
             click();
     } else {
         QPushButton::keyPressEvent(event);
+    }
 }
 
 bool PanelButton::event(QEvent* event)
