@@ -58,6 +58,30 @@ TEST_F(HeaderTest, showsAnUnknownConversationWithoutHeaderAndMenu)
     EXPECT_THAT(service.requests("GET", "/v1/agent/canned"), IsEmpty());
 }
 
+TEST_F(HeaderTest, loadsItsThreadOnceTheServiceIsBack)
+{
+    scriptInbox({conversation});
+    signIn();
+    service.always("GET", threadPath, refusal(503, "Unavailable"));
+    service.always("GET", "/v1/agent/canned", answerOf(CannedResponsesResponse{}));
+    view = std::make_unique<ConversationDetailView>(*session, conversation.id);
+    view->show();
+    EXPECT_TRUE(waitUntil([&] { return session->banner().has_value(); }));
+    receive(makeMessage(u"m2"_s, u"c1"_s));
+
+    const std::vector<Message> messages{makeMessage(u"m1"_s, u"c1"_s), makeMessage(u"m2"_s, u"c1"_s)};
+    service.always("GET", threadPath, answerOf(ConversationDetailResponse{conversation, {messages}}));
+    const auto refresh = [&] {
+        const std::size_t before = service.requests("GET", threadPath).size();
+        EXPECT_TRUE(runTask(session->refreshConversations()).value);
+        settle();
+        return service.requests("GET", threadPath).size() - before;
+    };
+    refresh();
+    EXPECT_TRUE(waitUntil([&] { return spokenRows().size() == 2; }));
+    EXPECT_EQ(refresh(), 0u) << "it is there";
+}
+
 TEST_F(HeaderTest, nothingThatItStartedNeedsTheColumnLater)
 {
     signInWith({});

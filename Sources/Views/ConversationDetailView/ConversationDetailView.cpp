@@ -91,6 +91,18 @@ void ConversationDetailView::followSession()
     connect(&m_session, &Session::agentChanged, this, &ConversationDetailView::scheduleRefresh);
     connect(&m_session, &Session::assignableAgentsChanged, this, &ConversationDetailView::scheduleRefresh);
     connect(&m_session, &Session::showVisitorPanelChanged, this, &ConversationDetailView::scheduleRefresh);
+    connect(&m_session, &Session::isLoadingListChanged, this, [this] {
+        if (!m_session.isLoadingList())
+            loadAgain();
+    });
+    connect(&m_session, &Session::socketConnectedChanged, this, [this] {
+        if (m_session.socketConnected())
+            loadAgain();
+    });
+    connect(&m_session, &Session::threadReset, this, [this](const QString& id) {
+        if (id == m_conversationId && m_load == Load::running)
+            m_load = Load::done;
+    });
     connect(&m_session, &Session::viewersChanged, this, [this](const QString& id) {
         if (id == m_conversationId)
             scheduleRefresh();
@@ -102,7 +114,11 @@ QCoro::Task<void> ConversationDetailView::load()
     const QPointer<ConversationDetailView> self(this);
     const QPointer<Session> session(&m_session);
     const QString id = m_conversationId;
+    m_load = Load::running;
     co_await session->loadConversation(id);
+    // A failure shows in the banner alone. One that tells of something else costs another load at most.
+    if (self && session && m_load == Load::running)
+        m_load = session->banner() ? Load::failed : Load::done;
     const Conversation* loaded = self && session ? self->conversation() : nullptr;
     if (!loaded)
         co_return;
@@ -112,11 +128,18 @@ QCoro::Task<void> ConversationDetailView::load()
         self->m_composer->setCanned(std::move(canned));
 }
 
+/// Something else came through: the service is back.
+void ConversationDetailView::loadAgain()
+{
+    if (m_load == Load::failed)
+        load();
+}
+
 void ConversationDetailView::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
     refresh();
-    if (!std::exchange(m_loaded, true))
+    if (m_load == Load::none)
         load();
 }
 

@@ -47,7 +47,10 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    enum class Load { none, running, done, failed };
+
     QCoro::Task<void> load();
+    void loadAgain();
     void followSession();
     void buildLayout();
     void scheduleRefresh() { m_refreshTimer.start(); }
@@ -68,7 +71,7 @@ private:
     ConversationActionsMenu* m_menu;
     QTimer m_refreshTimer;
     QTimer m_clockTimer; ///< the snooze's next change of words, or its end
-    bool m_loaded = false;
+    Load m_load = Load::none;
 };
 
 } // namespace orvia
