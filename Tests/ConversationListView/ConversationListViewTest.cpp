@@ -4,6 +4,7 @@
 #include "Views/ConversationListView/SearchResultButton.h"
 #include "Views/ConversationListView/SearchResultsList.h"
 #include "Views/Widgets/Button.h"
+#include "Views/Widgets/FocusRing.h"
 #include "Views/Widgets/TextField.h"
 
 #include <QApplication>
@@ -102,6 +103,19 @@ TEST_F(ConversationListViewTest, ReloadsOnRequestAndWhenAnotherPageIsNeeded)
     EXPECT_EQ(requestsBy([&] { session->setShowSnoozed(true); }), 2u);
     EXPECT_EQ(requestsBy([&] { session->setQueue(InboxQueue::mine); }), 2u);
     EXPECT_EQ(shownPage(), u"emptyList"_s);
+
+    // By the keyboard the button keeps the focus, which it cannot have while it is disabled.
+    view->setFocus();
+    refresh.setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(requestsBy([&] { QTest::keyClick(&refresh, Qt::Key_Space); }), 2u);
+    EXPECT_TRUE(refresh.hasFocus());
+    EXPECT_TRUE(FocusRing::isShown(&refresh));
+    EXPECT_EQ(requestsBy([&] {
+                  QTest::keyClick(&refresh, Qt::Key_Space);
+                  view->setFocus();
+              }),
+              2u);
+    EXPECT_TRUE(view->hasFocus()) << "moved meanwhile";
 
     const std::size_t before = listRequests();
     session->setStatusFilter(ConversationStatus::closed);

@@ -210,7 +210,7 @@ void ConversationListView::updateSearchField()
 
 void ConversationListView::updatePage()
 {
-    m_refreshButton->setEnabled(!m_session.isLoadingList());
+    m_refreshFocus.setEnabled(m_refreshButton, !m_session.isLoadingList());
     if (isSearchShown()) {
         if (!m_session.searchResults().empty())
             showPage(m_results);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Views/Widgets/FocusReturn.h"
+
 #include <QWidget>
 
 class QStackedWidget;
@@ -65,6 +67,7 @@ private:
     ConversationRowDelegate* m_delegate;
     ElidedLabel* m_title;
     IconButton* m_refreshButton;
+    FocusReturn m_refreshFocus;
     SearchField* m_searchField;
     QStackedWidget* m_pages;
     RowListView* m_list;
