@@ -91,8 +91,10 @@ void MainSplitView::rebuildDetail()
     }
     m_noConversation->setVisible(!id);
     updatePanel();
-    // Left alone, the focus of a column that is gone would jump to the first control of the window.
-    if (hadFocus && m_conversation)
+    // Left alone, the focus of a column that is gone would jump to the first control of the window. What a
+    // link or a notification opened is there to be answered.
+    const bool takesFocus = hadFocus || (isVisible() && !m_inbox->isChoosing());
+    if (takesFocus && m_conversation && !Sheet::topmost(this))
         m_conversation->composer().focusField();
 }
 
@@ -157,6 +159,17 @@ void MainSplitView::dragInbox(int delta)
     m_wantedInbox = std::clamp(now.inbox + delta, SplitWidths::inboxMinimum,
                                std::max(room, static_cast<int>(SplitWidths::inboxMinimum)));
     layoutColumns();
+}
+
+void MainSplitView::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    if (std::exchange(m_appeared, true))
+        return;
+    if (m_conversation)
+        m_conversation->composer().focusField();
+    else
+        m_inbox->focusList();
 }
 
 void MainSplitView::resizeEvent(QResizeEvent* event)

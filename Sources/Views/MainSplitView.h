@@ -28,6 +28,7 @@ public:
     QSize minimumSizeHint() const override;
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
@@ -50,6 +51,7 @@ private:
     QPointer<Sheet> m_settings;
     int m_wantedSidebar;
     int m_wantedInbox;
+    bool m_appeared = false;
 };
 
 } // namespace orvia

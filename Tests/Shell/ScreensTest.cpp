@@ -1,5 +1,6 @@
 #include "../Session/SessionFixture.h"
 #include "Views/BannerView.h"
+#include "Views/LoginView.h"
 #include "Views/MainSplitView.h"
 #include "Views/RootView.h"
 #include "Views/Widgets/Button.h"
@@ -11,6 +12,8 @@
 #include "Views/Widgets/TextField.h"
 
 #include <QAccessible>
+#include <QFocusFrame>
+#include <QPlainTextEdit>
 #include <QTest>
 
 namespace orvia::test {
@@ -104,6 +107,50 @@ TEST_F(ShellTest, SignInSendsOnceAndShowsTheRefusalUntilTheNextAttempt)
     EXPECT_FALSE(shows(window, u"Invalid email or password"_s));
     second->answer(refusal(500, "x"));
     EXPECT_TRUE(waitUntil([&] { return button->isEnabled(); }));
+}
+
+TEST_F(ShellTest, TheKeyboardIsAtTheListOrInWhatALinkOpened)
+{
+    scriptEstablishing();
+    const std::vector<Conversation> inbox{makeConversation(u"c1"_s, 1), makeConversation(u"c2"_s, 2)};
+    scriptInbox(inbox);
+    for (const Conversation& conversation : inbox)
+        service.always("GET", "/v1/agent/conversations/" + conversation.id.toUtf8(),
+                       answerOf(ConversationDetailResponse{conversation, {}}));
+    service.always("GET", "/v1/agent/canned", answerOf(CannedResponsesResponse{}));
+    service.answer("POST", loginPath, answerOf(LoginResponse{u"t1"_s, self}));
+    makeSession();
+    openRoot();
+    auto* password = named<SecureField>(*root, u"Password"_s);
+    named<TextField>(*root, u"Email"_s)->setText(self.email);
+    password->setText(u"secret"_s);
+    QTest::keyClick(password, Qt::Key_Return);
+    const auto focused = [] { return QApplication::focusWidget(); };
+    const auto isAtList = [&] { return focused() && focused()->objectName() == u"conversations"_s; };
+    const auto isAtComposer = [&] { return qobject_cast<QPlainTextEdit*>(focused()) != nullptr; };
+    EXPECT_TRUE(waitUntil([&] { return session->conversations().size() == 2 && isAtList(); }));
+    EXPECT_TRUE(waitUntil([&] { return root->findChildren<LoginView*>().isEmpty(); }));
+    EXPECT_FALSE(root->findChild<QFocusFrame*>());
+    EXPECT_TRUE(waitUntil([&] {
+        QTest::keyClick(focused(), Qt::Key_Down);
+        return session->selectedConversationId().has_value();
+    }));
+    EXPECT_TRUE(isAtList()) << "the arrow keys go on";
+
+    session->openFromDeepLink(u"c2"_s);
+    EXPECT_TRUE(isAtComposer());
+    const Sheet* settings = openSettings();
+    session->openFromDeepLink(u"c1"_s);
+    EXPECT_TRUE(settings->isAncestorOf(focused()));
+
+    // The next start, without a link and with one.
+    root.reset();
+    signIn();
+    openRoot();
+    EXPECT_TRUE(isAtList());
+    session->openFromDeepLink(u"c2"_s);
+    openRoot();
+    EXPECT_TRUE(isAtComposer());
 }
 
 TEST_F(ShellTest, SettingsShowWhatTheServiceKeeps)

@@ -130,6 +130,10 @@ void ConversationListView::makePages()
     m_noResults->setObjectName(u"noResults"_s);
     m_results = new SearchResultsList(m_session, *m_tick, m_pages);
     m_results->setObjectName(u"searchResults"_s);
+    connect(m_results, &SearchResultsList::chosen, this, [this](const SearchResult& result) {
+        const QScopedValueRollback choosing(m_isChoosing, true);
+        m_session.openSearchResult(result);
+    });
 
     m_searching = new QWidget(m_pages);
     m_searching->setObjectName(u"searching"_s);
@@ -242,6 +246,11 @@ void ConversationListView::showPage(QWidget* page)
         m_searchField->setFocus(Qt::OtherFocusReason);
 }
 
+void ConversationListView::focusList()
+{
+    m_pages->currentWidget()->setFocus(Qt::OtherFocusReason);
+}
+
 void ConversationListView::refresh()
 {
     m_session.refreshConversations();
@@ -272,6 +281,7 @@ void ConversationListView::selectionChanged()
     if (!selected.isEmpty())
         id = selected.first().data(ConversationListModel::conversationIdRole).toString();
     const QScopedValueRollback following(m_isFollowing, true);
+    const QScopedValueRollback choosing(m_isChoosing, true);
     m_session.setSelectedConversationId(id);
 }
 

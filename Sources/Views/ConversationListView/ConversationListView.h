@@ -30,6 +30,10 @@ public:
 
     /// The name of the product whose conversations are listed, else "Conversations".
     QString listTitle() const;
+    /// Whether the agent is choosing a conversation in this column at this moment.
+    bool isChoosing() const { return m_isChoosing; }
+    /// Gives the focus to the conversations, or to what stands in their place until they come.
+    void focusList();
 
 Q_SIGNALS:
     /// Return or a double click on a row: the agent wants to answer the selected conversation.
@@ -77,7 +81,8 @@ private:
     SearchResultsList* m_results;
     bool m_isFollowing = false;      ///< the list takes over what the session says; nothing is written back
     bool m_revealsSelection = false; ///< a selection made elsewhere waits for its row
-    bool m_startsAtTop = false;      ///< a filter changed, so that the next rows are other ones
+    bool m_isChoosing = false;
+    bool m_startsAtTop = false; ///< a filter changed, so that the next rows are other ones
 };
 
 } // namespace orvia

@@ -81,7 +81,7 @@ void SearchResultsList::rebuild()
         const auto number = m_rows.size();
         connect(row, &QAbstractButton::clicked, this, [this, number] {
             if (number < m_session.searchResults().size())
-                m_session.openSearchResult(m_session.searchResults()[number]);
+                Q_EMIT chosen(m_session.searchResults()[number]);
         });
         connect(row, &SearchResultButton::focused, this, [this, row] { setTabStop(row); });
         connect(row, &SearchResultButton::highlightChanged, this, [this, number] {

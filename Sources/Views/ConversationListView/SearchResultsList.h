@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Models/Conversation.h"
 #include "Views/Widgets/ScrollArea.h"
 
 #include <vector>
@@ -21,6 +22,10 @@ public:
     const std::vector<SearchResultButton*>& rows() const { return m_rows; }
     /// Gives the focus to the first hit, as the keyboard does.
     void focusFirst();
+
+Q_SIGNALS:
+    /// The agent wants to see this hit, one of the session's.
+    void chosen(const SearchResult& result);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
