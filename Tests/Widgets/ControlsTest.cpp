@@ -92,6 +92,7 @@ TEST(ControlsTest, TheRingFollowsWhatIsScrolledToAfterItHasTheFocus)
 {
     auto* rows = new QWidget;
     auto* column = new QVBoxLayout(rows);
+    column->setSpacing(40); // the next row is wholly out of sight
     for (int number = 0; number < 30; ++number)
         column->addWidget(new Button(u"Row"_s));
     auto* area = new ScrollArea;
