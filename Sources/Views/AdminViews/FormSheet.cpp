@@ -2,11 +2,9 @@
 
 #include "Session/Answers.h"
 #include "Views/Widgets/Button.h"
-#include "Views/Widgets/FocusRing.h"
 #include "Views/Widgets/FormCard.h"
 #include "Views/Widgets/TextField.h"
 
-#include <QApplication>
 #include <QVBoxLayout>
 
 #include <limits>
@@ -67,17 +65,8 @@ void FormSheet::refreshConfirm()
 void FormSheet::setWorking(bool working)
 {
     m_isWorking = working;
-    Button* confirm = confirmButton();
-    const bool hadFocus = working && confirm->hasFocus();
-    if (hadFocus)
-        m_ringBefore = FocusRing::isShown(confirm);
-    confirm->setBusy(working);
-    refreshConfirm();
-    // A disabled button passes the focus on; it gets it back unless the agent has moved it meanwhile.
-    if (working)
-        m_focusMeanwhile = hadFocus ? QApplication::focusWidget() : nullptr;
-    else if (m_focusMeanwhile && m_focusMeanwhile == QApplication::focusWidget())
-        FocusRing::restoreFocus(confirm, m_ringBefore);
+    confirmButton()->setBusy(working);
+    m_confirmFocus.setEnabled(confirmButton(), !working && isValid());
 }
 
 void FormSheet::submit(const Request& request)

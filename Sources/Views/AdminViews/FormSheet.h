@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Session/Session.h"
+#include "Views/Widgets/FocusReturn.h"
 #include "Views/Widgets/Sheet.h"
 
 #include <functional>
@@ -52,8 +53,7 @@ private:
     QPointer<Session> m_session;
     Done m_onDone;
     QVBoxLayout* m_sections;
-    QPointer<QWidget> m_focusMeanwhile; ///< where the focus went when the confirming button lost it
-    bool m_ringBefore = false;
+    FocusReturn m_confirmFocus;
     bool m_isWorking = false;
 };
 

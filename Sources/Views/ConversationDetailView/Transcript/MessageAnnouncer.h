@@ -6,8 +6,7 @@
 namespace orvia {
 
 /// Tells assistive tools of something new without moving the focus: a notification without any size on the
-/// screen, whose name is the text. It ends after the
-/// time that a screen reader needs to fetch it.
+/// screen, whose name is the text. It ends after the time that a screen reader needs to fetch it.
 class MessageAnnouncer : public QWidget {
     Q_OBJECT
 
