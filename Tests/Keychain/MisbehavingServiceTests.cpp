@@ -27,7 +27,7 @@ TEST(MisbehavingSecretService, EndsACallInBoundedTimeWithTheRightOutcome)
     };
     const test::PrivateBus bus;
     ASSERT_TRUE(bus.isRunning());
-    SecretService storage(u"Test"_s, {.answer = 300ms, .question = 300ms});
+    SecretService storage(u"Test"_s, {.answer = 1s, .question = 1s});
     for (const auto& one : cases) {
         for (const bool reads : {true, false}) {
             const test::ScriptedSecretService scripted(bus, one.behaviour);
