@@ -3,6 +3,7 @@
 #include "Theme/Theme.h"
 
 #include <QApplication>
+#include <QThreadPool>
 
 int main(int argc, char** argv)
 {
@@ -13,5 +14,7 @@ int main(int argc, char** argv)
     testing::InitGoogleMock(&argc, argv);
     QApplication application(argc, argv);
     orvia::Theme::shared().apply(application);
+    // What it reads in other threads reads the environment, which tests change.
+    QThreadPool::globalInstance()->waitForDone();
     return RUN_ALL_TESTS();
 }
