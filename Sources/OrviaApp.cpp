@@ -4,6 +4,7 @@
 #include "APIClient/Worker.h"
 #include "AppConfig.h"
 #include "AppIdentity.h"
+#include "Keychain/BackgroundTokenStore.h"
 #include "Keychain/Keychain.h"
 #include "Platform/Appearance.h"
 #include "Platform/ParallelWork.h"
@@ -78,9 +79,10 @@ bool OrviaApp::start(const QList<QUrl>& links, bool isInBackground)
 /// The session comes after the place on the desktop, so that a second start does not ask the keyring.
 void OrviaApp::open()
 {
-    m_keychain = std::make_shared<Keychain>(AppIdentity::identifier);
+    m_tokenStore =
+        std::make_shared<BackgroundTokenStore>(std::make_unique<Keychain>(AppIdentity::identifier));
     m_session = std::make_unique<Session>(Session::Collaborators{.defaults = m_defaults,
-                                                                 .tokenStore = *m_keychain,
+                                                                 .tokenStore = *m_tokenStore,
                                                                  .urlSession = *m_urlSession,
                                                                  .baseURL = AppConfig::apiBaseURL(),
                                                                  .readsToken = false});
@@ -104,7 +106,7 @@ QCoro::Task<void> OrviaApp::readToken()
     if (std::exchange(m_isTokenRead, true))
         co_return;
     const QPointer<OrviaApp> self = this;
-    auto read = [keychain = m_keychain] { return keychain->string(Session::tokenKey); };
+    auto read = [store = m_tokenStore] { return store->string(Session::tokenKey); };
     auto reading = onWorker(std::move(read));
     // Meanwhile the first words about a time, which take milliseconds and come with the inbox.
     const Instant now = currentInstant();

@@ -14,10 +14,10 @@
 namespace orvia {
 
 class Appearance;
-class Keychain;
 class NetworkSession;
 class RootView;
 class Session;
+class TokenStore;
 
 /// The application: its place on the desktop, the one session with what it is built from, and the one window.
 /// Made after the application object and after the configuration file is known; lives as long as the process.
@@ -50,12 +50,13 @@ private:
     void followInbox();
     void followAppearance();
 
+    /// Shared with a worker that reads. Ends after the place on the desktop, because it may still be writing.
+    std::shared_ptr<TokenStore> m_tokenStore;
     ApplicationService m_service;
     CaretRest m_caretRest;
     std::unique_ptr<Appearance> m_appearance;
     std::unique_ptr<NetworkSession> m_urlSession;
     DefaultsStore m_defaults;
-    std::shared_ptr<Keychain> m_keychain; ///< shared with a worker that reads
     std::unique_ptr<Session> m_session;
     std::unique_ptr<RootView> m_window;
     std::optional<QUrl> m_waitingLink; ///< to be opened by the next sign-in

@@ -6,8 +6,8 @@
 
 namespace orvia {
 
-/// Keeps secret texts by key. Calls are synchronous, short and never throw. Main thread,
-/// except that @c string may be called in any.
+/// Keeps secret texts by key. Calls are synchronous and never throw. Any thread; what is written in several
+/// at once is written in some order.
 class TokenStore {
 public:
     virtual ~TokenStore() = default;

@@ -1,8 +1,11 @@
+#include "Keychain/BackgroundTokenStore.h"
 #include "Keychain/Keychain.h"
 
 #include <gmock/gmock.h>
 
 #include <QStringList>
+
+#include <semaphore>
 
 namespace orvia {
 
@@ -124,6 +127,49 @@ TEST(Keychain, AsksAPlaceThatIsNotThereOnce)
     second = {.removal = Status::unavailable};
     EXPECT_FALSE(keychain(first, second).set(u"new"_s, u"token"_s));
     EXPECT_TRUE(keychain(first, second).set(std::nullopt, u"token"_s));
+}
+
+/// A store that writes no sooner than it may.
+class HungTokenStore final : public TokenStore {
+public:
+    explicit HungTokenStore(QStringList& written)
+        : m_written(written)
+    {
+    }
+
+    std::optional<QString> string(const QString&) override { return m_written.constLast(); }
+    bool set(const std::optional<QString>& value, const QString& key) override
+    {
+        mayWrite.acquire();
+        m_written.append(key + u'=' + value.value_or(u"none"_s));
+        return false;
+    }
+
+    std::counting_semaphore<> mayWrite{0};
+
+private:
+    QStringList& m_written;
+};
+
+TEST(BackgroundTokenStore, WaitsForAStoreWithItsReadsAndItsEndAlone)
+{
+    QStringList written;
+    auto hung = std::make_unique<HungTokenStore>(written);
+    auto& mayWrite = hung->mayWrite;
+    auto store = std::make_unique<BackgroundTokenStore>(std::move(hung));
+    for (int round = 0; round < 50; ++round) {
+        EXPECT_TRUE(store->set(QString::number(round), u"token"_s));
+        EXPECT_TRUE(store->set(std::nullopt, u"token"_s));
+    }
+    mayWrite.release(100);
+    EXPECT_EQ(store->string(u"token"_s), u"token=none"_s);
+    EXPECT_EQ(written.size(), 100);
+    EXPECT_EQ(written.mid(96), QStringList({u"token=48"_s, u"token=none"_s, u"token=49"_s, u"token=none"_s}));
+
+    store->set(u"last"_s, u"token"_s);
+    mayWrite.release();
+    store.reset();
+    EXPECT_EQ(written.constLast(), u"token=last"_s);
 }
 
 } // namespace
