@@ -64,7 +64,7 @@ bool OrviaApp::start(const QList<QUrl>& links, bool isInBackground)
     std::optional<ParallelWork<void>> loading;
     if (m_isTokenAwaited)
         loading.emplace(SecretService::load);
-    if (m_service.start(QUrl::toStringList(links, QUrl::FullyEncoded))
+    if (m_service.start(QUrl::toStringList(links, QUrl::FullyEncoded), isInBackground)
         == ApplicationService::Start::handedOver)
         return false;
     m_appearance = std::make_unique<Appearance>();

@@ -4,6 +4,7 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusError>
+#include <QDBusMessage>
 #include <QVariantMap>
 
 namespace orvia {
@@ -90,7 +91,7 @@ ApplicationService::~ApplicationService()
     busNamed(m_busConnection).unregisterObject(m_objectPath);
 }
 
-ApplicationService::Start ApplicationService::start(const QStringList& links,
+ApplicationService::Start ApplicationService::start(const QStringList& links, bool isInBackground,
                                                     std::chrono::milliseconds patience)
 {
     QDBusConnection bus = busNamed(m_busConnection);
@@ -104,7 +105,7 @@ ApplicationService::Start ApplicationService::start(const QStringList& links,
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         if (claimName(bus, m_identifier))
             return Start::first;
-        const Delivery delivery = handOver(links, patience);
+        const Delivery delivery = deliver(messageFor(links, isInBackground), patience);
         if (delivery != Delivery::recipientGone) {
             bus.unregisterObject(m_objectPath);
             return delivery == Delivery::done ? Start::handedOver : Start::alone;
@@ -113,18 +114,24 @@ ApplicationService::Start ApplicationService::start(const QStringList& links,
     return Start::alone;
 }
 
-ApplicationService::Delivery ApplicationService::handOver(const QStringList& links,
-                                                          std::chrono::milliseconds patience) const
+QDBusMessage ApplicationService::messageFor(const QStringList& links, bool isInBackground) const
+{
+    const auto call = [this](const QString& interface, const QString& method) {
+        return QDBusMessage::createMethodCall(m_identifier, m_objectPath, interface, method);
+    };
+    if (links.isEmpty() && isInBackground)
+        return call(u"org.freedesktop.DBus.Peer"_s, u"Ping"_s);
+    if (links.isEmpty())
+        return call(interfaceName, u"Activate"_s) << platformData();
+    return call(interfaceName, u"Open"_s) << links << platformData();
+}
+
+ApplicationService::Delivery ApplicationService::deliver(const QDBusMessage& message,
+                                                         std::chrono::milliseconds patience) const
 {
     QDBusConnection bus = busNamed(m_busConnection);
-    const bool hasLinks = !links.isEmpty();
-    QDBusMessage call = QDBusMessage::createMethodCall(m_identifier, m_objectPath, interfaceName,
-                                                       hasLinks ? u"Open"_s : u"Activate"_s);
+    QDBusMessage call = message;
     call.setAutoStartService(false);
-    if (hasLinks)
-        call << links;
-    call << platformData();
-
     const QDBusMessage reply = bus.call(call, QDBus::Block, static_cast<int>(patience.count()));
     if (reply.type() == QDBusMessage::ReplyMessage)
         return Delivery::done;

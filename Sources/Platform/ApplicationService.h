@@ -7,6 +7,8 @@
 #include <chrono>
 #include <memory>
 
+class QDBusMessage;
+
 namespace orvia {
 
 /// One instance of the program per user over org.freedesktop.Application (Desktop Entry Specification 1.5,
@@ -18,8 +20,7 @@ public:
     enum class Start {
         /// This is the user's one instance; later starts and the desktop reach it.
         first,
-        /// Another instance runs and has been asked to come to the front or to open the links; this one may
-        /// end.
+        /// Another instance runs and knows what was asked for; this one may end.
         handedOver,
         /// There is nobody to share the user with: no session bus, or a stranger under this program's name.
         alone,
@@ -31,9 +32,11 @@ public:
                                 QObject* parent = nullptr);
     ~ApplicationService() override;
 
-    /// Claims the name or hands the links over. The one call of this layer that waits: for the other
-    /// instance's answer, at most @p patience. A first instance's own links are its caller's business.
-    Start start(const QStringList& links, std::chrono::milliseconds patience = std::chrono::seconds(5));
+    /// Claims the name, or asks the other instance to open the links or to come to the front; in the
+    /// background and without links it has nothing to ask. The one call of this layer that waits: for the
+    /// other instance's answer, at most @p patience. A first instance's own links are its caller's business.
+    Start start(const QStringList& links, bool isInBackground = false,
+                std::chrono::milliseconds patience = std::chrono::seconds(5));
 
 Q_SIGNALS:
     /// The program shall come to the front. The token, which may be empty, lets its window do so where the
@@ -46,7 +49,8 @@ private:
     class Interface;
     enum class Delivery { done, recipientGone, refused };
 
-    Delivery handOver(const QStringList& links, std::chrono::milliseconds patience) const;
+    QDBusMessage messageFor(const QStringList& links, bool isInBackground) const;
+    Delivery deliver(const QDBusMessage& message, std::chrono::milliseconds patience) const;
 
     const QString m_identifier;
     const QString m_objectPath;

@@ -9,6 +9,7 @@ namespace orvia {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using test::spinFor;
 using test::waitUntil;
 using Start = ApplicationService::Start;
 
@@ -46,7 +47,7 @@ TEST_F(ApplicationServiceTest, ASecondStartHandsItsLinksAndItsLeaveOverAlsoToABu
     const auto startAgain = [this](const QStringList& links) {
         const qsizetype before = heard.size();
         ApplicationService second(identifier, other.name());
-        EXPECT_EQ(second.start(links, 50ms), Start::handedOver);
+        EXPECT_EQ(second.start(links, false, 50ms), Start::handedOver);
         EXPECT_EQ(heard.size(), before);
         EXPECT_TRUE(waitUntil([&] { return heard.size() > before; }));
     };
@@ -56,6 +57,8 @@ TEST_F(ApplicationServiceTest, ASecondStartHandsItsLinksAndItsLeaveOverAlsoToABu
     startAgain({});
     environment.set("XDG_ACTIVATION_TOKEN", "token");
     startAgain({u"orvia://y"_s});
+    EXPECT_EQ(ApplicationService(identifier, other.name()).start({}, true, 50ms), Start::handedOver);
+    spinFor(20ms);
     EXPECT_EQ(heard, QStringList({u"activated "_s, u"opened orvia://conversation/a b,orvia://x "_s,
                                   u"activated startup"_s, u"opened orvia://y token"_s}));
 }
