@@ -6,17 +6,18 @@ namespace orvia {
 
 using namespace Qt::StringLiterals;
 
-QCoro::Task<void> Session::loadConversation(QString id)
+QCoro::Task<bool> Session::loadConversation(QString id)
 {
     auto detail = co_await answerTo(client().conversationDetail(id));
     if (!detail)
-        co_return;
+        co_return false;
     const bool threadChanged = m_messages.assign(id, std::move(detail->messages.wrappedValue));
     forgetOldThreads();
     if (threadChanged)
         Q_EMIT threadReset(id);
     detail->conversation.agentUnread = 0;
     upsert(std::move(detail->conversation));
+    co_return true;
 }
 
 QCoro::Task<std::vector<CannedResponse>> Session::loadCanned(std::optional<QString> productId)

@@ -156,7 +156,8 @@ public:
 
     // Conversation operations
 
-    QCoro::Task<void> loadConversation(QString id);
+    /// Answers whether the conversation came.
+    QCoro::Task<bool> loadConversation(QString id);
     QCoro::Task<std::vector<CannedResponse>> loadCanned(std::optional<QString> productId);
     QCoro::Task<void> sendMessage(QString conversationId, QString body, bool note, QStringList mentions);
     /// An absent @p agentId unassigns.

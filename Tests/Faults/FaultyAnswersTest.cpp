@@ -91,6 +91,11 @@ struct Operation {
     void run(Session& session) const { runTask(start(session)); }
 };
 
+QCoro::Task<void> openConversation(Session& session)
+{
+    co_await session.loadConversation(u"c1"_s);
+}
+
 QCoro::Task<void> searchForSomethingElse(Session& session)
 {
     session.setSearchText(session.searchText() == u"beans"_s ? u"filter"_s : u"beans"_s);
@@ -100,7 +105,7 @@ QCoro::Task<void> searchForSomethingElse(Session& session)
 
 const Operation operations[] = {
     {"refresh", "GET", "/v1/agent/conversations", [](Session& s) { return s.refreshConversations(); }},
-    {"open", "GET", "/v1/agent/conversations/c1", [](Session& s) { return s.loadConversation(u"c1"_s); }},
+    {"open", "GET", "/v1/agent/conversations/c1", openConversation},
     {"reply", "POST", "/v1/agent/conversations/c1/messages",
      [](Session& s) { return s.sendMessage(u"c1"_s, u"Hello"_s, false, {}); }},
     {"close", "POST", "/v1/agent/conversations/c1/close",

@@ -7,6 +7,11 @@ using namespace std::chrono_literals;
 
 using LifetimeTest = SessionFixture;
 
+QCoro::Task<void> openConversation(Session& session)
+{
+    co_await session.loadConversation(u"c1"_s);
+}
+
 TEST_F(LifetimeTest, AnOperationEndsQuietlyWhenTheSessionIsGone)
 {
     struct Operation {
@@ -18,7 +23,7 @@ TEST_F(LifetimeTest, AnOperationEndsQuietlyWhenTheSessionIsGone)
     const Operation operations[] = {
         {"POST", "/v1/agent/login", [](Session& s) { return s.login(u"a"_s, u"b"_s); },
          answerOf(LoginResponse{u"t"_s, self})},
-        {"GET", "/v1/agent/conversations/c1", [](Session& s) { return s.loadConversation(u"c1"_s); },
+        {"GET", "/v1/agent/conversations/c1", openConversation,
          answerOf(ConversationDetailResponse{makeConversation(u"c1"_s), {}})},
         {"POST", "/v1/agent/conversations/c1/assign",
          [](Session& s) { return s.assign(u"c1"_s, std::nullopt); }, refusal(500, "late")},

@@ -99,10 +99,6 @@ void ConversationDetailView::followSession()
         if (m_session.socketConnected())
             loadAgain();
     });
-    connect(&m_session, &Session::threadReset, this, [this](const QString& id) {
-        if (id == m_conversationId && m_load == Load::running)
-            m_load = Load::done;
-    });
     connect(&m_session, &Session::viewersChanged, this, [this](const QString& id) {
         if (id == m_conversationId)
             scheduleRefresh();
@@ -115,10 +111,9 @@ QCoro::Task<void> ConversationDetailView::load()
     const QPointer<Session> session(&m_session);
     const QString id = m_conversationId;
     m_load = Load::running;
-    co_await session->loadConversation(id);
-    // A failure shows in the banner alone. One that tells of something else costs another load at most.
-    if (self && session && m_load == Load::running)
-        m_load = session->banner() ? Load::failed : Load::done;
+    const bool came = co_await session->loadConversation(id);
+    if (self)
+        m_load = came ? Load::done : Load::failed;
     const Conversation* loaded = self && session ? self->conversation() : nullptr;
     if (!loaded)
         co_return;

@@ -4,6 +4,7 @@
 #include "Views/ConversationListView/ConversationRowPainter.h"
 #include "Views/ConversationListView/RowText.h"
 #include "Views/ConversationListView/TimeTick.h"
+#include "Views/Widgets/Button.h"
 #include "Views/Widgets/FocusRing.h"
 #include "Views/Widgets/Tag.h"
 
@@ -86,15 +87,10 @@ bool SearchResultButton::event(QEvent* event)
 
 void SearchResultButton::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        // A key that is held clicks once.
-        if (!event->isAutoRepeat())
-            click();
-    } else if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down) {
+    if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down)
         event->ignore(); // The list moves the focus.
-    } else {
+    else if (!clickOnReturn(*this, *event))
         QAbstractButton::keyPressEvent(event);
-    }
 }
 
 void SearchResultButton::focusInEvent(QFocusEvent* event)

@@ -2,6 +2,7 @@
 
 #include "Views/VisitorPanel/PanelMetrics.h"
 #include "Views/VisitorPanel/PanelText.h"
+#include "Views/Widgets/Button.h"
 #include "Views/Widgets/FocusRing.h"
 
 #include <QKeyEvent>
@@ -30,13 +31,8 @@ QSize PanelButton::minimumSizeHint() const
 
 void PanelButton::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        // A key that is held clicks once.
-        if (!event->isAutoRepeat())
-            click();
-    } else {
+    if (!clickOnReturn(*this, *event))
         QPushButton::keyPressEvent(event);
-    }
 }
 
 bool PanelButton::event(QEvent* event)

@@ -64,6 +64,15 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object)
 
 } // namespace
 
+bool clickOnReturn(QAbstractButton& button, const QKeyEvent& event)
+{
+    if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter)
+        return false;
+    if (!event.isAutoRepeat())
+        button.click();
+    return true;
+}
+
 BusyButton::BusyButton(QWidget* parent)
     : QPushButton(parent)
 {
@@ -99,14 +108,18 @@ bool BusyButton::hitButton(const QPoint& position) const
 
 void BusyButton::keyPressEvent(QKeyEvent* event)
 {
-    const bool clicks = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    // A Return that is held clicks once.
-    const bool repeats = clicks && event->isAutoRepeat();
-    if (repeats || (m_busy && (clicks || event->key() == Qt::Key_Space || event->key() == Qt::Key_Select)))
-        event->accept();
-    else if (clicks)
-        click();
-    else
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+    case Qt::Key_Select:
+        if (m_busy)
+            return;
+        break;
+    default:
+        break;
+    }
+    if (!clickOnReturn(*this, *event))
         QPushButton::keyPressEvent(event);
 }
 

@@ -8,6 +8,10 @@ namespace orvia {
 
 class Spinner;
 
+/// Clicks @p button when @p event is a Return, which Qt's buttons do not take, once for as long as it is
+/// held. Answers whether it is one.
+bool clickOnReturn(QAbstractButton& button, const QKeyEvent& event);
+
 /// What the console's push buttons share: a busy state with a spinner in place of the label, the size kept,
 /// told to assistive tools as well; Return clicks like Space. A busy button ignores clicks.
 class BusyButton : public QPushButton {

@@ -1,6 +1,7 @@
 #include "Views/ConversationDetailView/Composer/SuggestionList.h"
 
 #include "Platform/ShownText.h"
+#include "Views/Widgets/Button.h"
 #include "Views/Widgets/FocusRing.h"
 #include "Views/Widgets/PaintShapes.h"
 
@@ -62,11 +63,6 @@ QSize SuggestionRow::sizeHint() const
 void SuggestionRow::keyPressEvent(QKeyEvent* event)
 {
     switch (event->key()) {
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        if (!event->isAutoRepeat())
-            click();
-        break;
     case Qt::Key_Up:
     case Qt::Key_Down:
     case Qt::Key_Left:
@@ -75,7 +71,8 @@ void SuggestionRow::keyPressEvent(QKeyEvent* event)
         event->ignore();
         break;
     default:
-        QAbstractButton::keyPressEvent(event);
+        if (!clickOnReturn(*this, *event))
+            QAbstractButton::keyPressEvent(event);
     }
 }
 
