@@ -1,5 +1,7 @@
 #include "DemoService/LoadGenerator.h"
 
+#include "DemoService/WireEncoding.h"
+
 #include <array>
 #include <iterator>
 
@@ -161,7 +163,7 @@ void LoadGenerator::fill(Thread& thread, int messages, Instant last)
     conversation.visitorUnread = 0;
     conversation.agentUnread = static_cast<qint64>(choose(2));
     conversation.visitorLastReadAt = last;
-    conversation.visitor.meta = meta(m_store.product(conversation.productId)->slug, last);
+    conversation.visitor.meta = wire::deferred(meta(m_store.product(conversation.productId)->slug, last));
     m_store.touch(thread);
 }
 

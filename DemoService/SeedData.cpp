@@ -1,5 +1,7 @@
 #include "DemoService/SeedData.h"
 
+#include "DemoService/WireEncoding.h"
+
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -122,7 +124,7 @@ Conversation conversationFrom(const QJsonObject& object, Instant now)
     conversation.visitor.name = object.value("name"_L1).toString();
     conversation.visitor.email = object.value("email"_L1).toString();
     if (object.contains("meta"_L1))
-        conversation.visitor.meta = metaFrom(object.value("meta"_L1).toObject(), now);
+        conversation.visitor.meta = wire::deferred(metaFrom(object.value("meta"_L1).toObject(), now));
     conversation.status = oneOf(object, "status"_L1, ConversationStatus::open);
     conversation.createdAt = ago(object, "started"_L1, now);
     conversation.assigneeId = text(object, "assignee"_L1);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Models/Deferred.h"
 #include "Models/Enums.h"
 #include "Models/Instant.h"
 #include "Models/JSON/Fields.h"
@@ -49,6 +50,14 @@ template <json::TextEnum Enum>
 void write(Writer& writer, const Enum& value)
 {
     write(writer, json::EnumTexts<Enum>::values[static_cast<std::size_t>(value)]);
+}
+
+/// As @c deferred wrote it.
+template <class T>
+void write(Writer& writer, const Deferred<T>& record)
+{
+    const QByteArrayView json = record.json();
+    writer.RawValue(json.data(), static_cast<std::size_t>(json.size()), rapidjson::kObjectType);
 }
 
 template <json::Record T>
@@ -108,6 +117,13 @@ QByteArray encoded(const T& record)
     Writer writer(buffer);
     write(writer, record);
     return QByteArray(buffer.GetString(), static_cast<qsizetype>(buffer.GetSize()));
+}
+
+/// @p record as the service writes it, for a member that is written as it is.
+template <json::Record T>
+Deferred<T> deferred(const T& record)
+{
+    return Deferred<T>::fromJSON(encoded(record));
 }
 
 } // namespace orvia::demo::wire

@@ -18,13 +18,14 @@ struct Probe {
     QStringList keys;
 };
 
-bool readValue(const json::Element& element, Probe& probe, json::Context& context)
+bool readValue(json::Value& value, Probe& probe, json::Context& context)
 {
-    simdjson::dom::object object;
-    if (element.get(object) != simdjson::SUCCESS)
-        return context.typeMismatch(u"an object");
-    for (const auto member : object)
-        probe.keys.append(json::toQString(member.key));
+    if (json::typeOf(value) != json::ValueType::object)
+        return json::mismatch(value, u"an object", context);
+    for (json::Member member : value.get_object()) {
+        probe.keys.append(json::toQString(member.unescaped_key()));
+        json::pass(member.value(), context);
+    }
     return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Models/Deferred.h"
 #include "Models/Instant.h"
 #include "Models/JSON/Fields.h"
 #include "Models/OrderedStringMap.h"
@@ -84,7 +85,7 @@ struct VisitorMeta {
 struct Visitor {
     QString name;
     QString email;
-    std::optional<VisitorMeta> meta;
+    std::optional<Deferred<VisitorMeta>> meta; ///< read when it is looked at: more than half of an inbox
 
     friend bool operator==(const Visitor&, const Visitor&) = default;
 

@@ -23,7 +23,9 @@ Page pageOf(unsigned number)
         conversation.id = u"66321fcc%1"_s.arg(i);
         conversation.productId = u"66321fdd%1"_s.arg(i % 3); // equal texts share their memory
         conversation.visitor.name = u"Zoë \"%1\" of page %2"_s.arg(i).arg(number);
-        conversation.visitor.meta.emplace().data = OrderedStringMap{{{u"plan"_s, u"pro"_s}}};
+        VisitorMeta meta;
+        meta.data = OrderedStringMap{{{u"plan"_s, u"pro"_s}}};
+        conversation.visitor.meta = meta;
         conversation.lastMessagePreview = u"Straße \u2028 \U0001F469 "_s.repeated(12);
     }
     return page;

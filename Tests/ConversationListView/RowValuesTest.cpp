@@ -21,7 +21,9 @@ TEST_F(RowValuesTest, SpeakEverythingThatARowShowsAndNothingElse)
     };
     Conversation full = makeConversation(u"c"_s, 4);
     full.visitor.name = u"Helen <b>Brandt</b> & Co"_s;
-    full.visitor.meta.emplace().geo.emplace().countryCode = u"de"_s;
+    VisitorMeta meta;
+    meta.geo.emplace().countryCode = u"de"_s;
+    full.visitor.meta = meta;
     full.rating = Rating{4, u"Fine"_s};
     full.snoozedUntil = minutesAgo(-5);
     full.agentUnread = 2;

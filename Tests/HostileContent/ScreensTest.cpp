@@ -56,11 +56,12 @@ protected:
         hostile.lastMessagePreview = text;
         hostile.rating = Rating{5, text};
         hostile.lastMessageAt = longAgo(2);
-        VisitorMeta& meta = hostile.visitor.meta.emplace();
+        VisitorMeta meta;
         meta.url = meta.referrer = meta.userAgent = meta.ip = meta.language = meta.screen = text;
         meta.geo = VisitorGeo{text, text, text, text, text, text};
         meta.pages = {{text, text, longAgo(3)}, {text, std::nullopt, longAgo(3)}};
         meta.data = OrderedStringMap{{{text, text}, {u"link"_s, u"https://shop.example/"_s + text}}};
+        hostile.visitor.meta = meta;
 
         thread.clear();
         const auto add = [this](MessageSender sender, const QString& words) -> Message& {

@@ -1,6 +1,8 @@
 #include "RecordChecks.h"
 
+#include "Models/JSON/Hashing.h"
 #include "Models/Product.h"
+#include "Models/Responses.h"
 #include "Models/SocketEvent.h"
 
 #include <QJsonDocument>
@@ -140,6 +142,32 @@ TEST(Records, OfVisitors)
     EXPECT_EQ(decoded<VisitorMeta>(R"({"pages":[{"url":"/"},7],"geo":"Graz","data":[],"ip":"::1"})"),
               VisitorMeta{.ip = u"::1"_s})
         << "one bad page makes all of them absent";
+}
+
+TEST(Records, WhatIsReadLaterIsWhatWasReceived)
+{
+    // In one document with others, so that they share its text.
+    const auto page = decoded<ConversationsResponse>(
+        R"({"conversations":[{"_id":"1","productId":"p","status":"open","visitor":{"name":"","email":"",)"
+        R"("meta":{"ip":"192.0.2.1","pages":[{"at":"2024-05-01T12:30:45.5Z"}]}}},)"
+        R"({"_id":"2","productId":"p","status":"open","visitor":{"name":"","email":"","meta":[]}},)"
+        R"({"_id":"3","productId":"p","status":"open","visitor":{"name":"","email":"",)"
+        R"("meta":{ "later":1,"\u0069p":"::1" , "geo":7}}}]})");
+    ASSERT_TRUE(page);
+    const std::vector<Conversation> read = page->conversations.wrappedValue;
+    ASSERT_EQ(read.size(), 2U) << "no object, no visitor";
+    const Visitor& first = read[0].visitor;
+    const Visitor& second = read[1].visitor;
+    EXPECT_EQ(first.meta->value().pages->front().at, day(1) + std::chrono::milliseconds(500));
+    EXPECT_EQ(second.meta->value(), VisitorMeta{.ip = u"::1"_s});
+
+    Visitor same = second;
+    same.meta = VisitorMeta{.ip = u"::1"_s};
+    EXPECT_EQ(same, second) << "however it was written";
+    EXPECT_EQ(qHash(same, 0), qHash(second, 0));
+    same.meta.emplace();
+    EXPECT_NE(same, second);
+    EXPECT_EQ(same.meta->value(), VisitorMeta());
 }
 
 TEST(Records, OfMessagesAndEvents)

@@ -34,6 +34,32 @@ TEST(StrictJSON, RefusesWhatTheGrammarDoesNotAllow)
     }
 }
 
+TEST(StrictJSON, HoldsWhereNobodyReads)
+{
+    // A member that no record names, a record that is read later, what follows a member or an element that
+    // fails, and an element that is none.
+    for (const QByteArray place :
+         {R"({"conversations":[],"later":@})",
+          R"({"conversations":[{"visitor":{"name":"V","email":"","meta":{"url":@}}}]})",
+          R"({"conversations":[{"_id":7,"productId":@}]})",
+          R"({"conversations":[{"visitor":{"name":"V","email":"","meta":{"pages":[7,@]}}}]})",
+          R"({"conversations":[[0,@]]})"}) {
+        const auto with = [&place](const char* value) {
+            return QByteArray(place).replace('@', value).toStdString();
+        };
+        for (const char* value :
+             {R"("\u0041")", R"("\ud83d")", "-0.5e2", "1e999", "null", R"({"\u0041":[]})"})
+            EXPECT_TRUE(decoded<ConversationsResponse>(with(value))) << with(value);
+        for (const char* broken :
+             {"", "nul", "tru", "01", "-", "1 2", "[1}", "[1,]", R"({"a"})", R"({"a":1,})", R"("\x")",
+              R"({"\x":1})", R"("\u12")", "\"a\nb\"", "\"\xFF\""}) {
+            const auto failure = failureOf<ConversationsResponse>(with(broken));
+            ASSERT_TRUE(failure) << with(broken);
+            EXPECT_EQ(failure->kind(), DecodingError::Kind::syntax) << with(broken);
+        }
+    }
+}
+
 TEST(StrictJSON, RefusesTextsThatAreNone)
 {
     for (char c = 0; c < 0x20; ++c)

@@ -23,7 +23,6 @@ protected:
         conversation.visitor.name = u"Helen Brandt"_s;
         conversation.visitor.email = u"helen@example.de"_s;
         conversation.createdAt = clock - 5h;
-        conversation.visitor.meta.emplace();
         surroundings.openURL = [this](const QUrl& url) { opened.push_back(url); };
         surroundings.now = [this] { return clock; };
         surroundings.leastRefresh = 10ms;
@@ -37,6 +36,12 @@ protected:
         deliver(told);
         QCoreApplication::processEvents();
         QCoreApplication::processEvents();
+    }
+    /// Tells of the conversation with what is known in @c meta.
+    void tellMeta()
+    {
+        conversation.visitor.meta = meta;
+        tell(conversation);
     }
     /// Scripts the answer about the visitor's conversations.
     void scriptHistory(std::vector<Conversation> conversations)
@@ -97,6 +102,7 @@ protected:
 
     const QByteArray historyPath = "/v1/agent/visitors/conversations";
     Conversation conversation = makeConversation(u"c1"_s);
+    VisitorMeta meta;
     VisitorPanel::Surroundings surroundings;
     std::vector<QUrl> opened;
     std::unique_ptr<VisitorPanel> panel;
@@ -114,14 +120,13 @@ TEST_F(PanelFixture, ShowsWhatIsKnownAndStopsAtEveryLineByTheKeyboard)
     EXPECT_THAT(lines(), ElementsAre(u"Visitor"_s));
     EXPECT_THAT(service.requests(), testing::IsEmpty());
 
-    VisitorMeta& meta = *conversation.visitor.meta;
     meta.url = u"https://shop.example/a"_s;
     meta.data = OrderedStringMap{
         {{u"Plan"_s, u"<b>club</b>"_s}, {u"Empty"_s, u""_s}, {u"Order"_s, u" HTTP://v2.example "_s}}};
     meta.pages = {{u"no address"_s, u"p1"_s, {}}, {{}, u"p2"_s, {}}, {u"app:open"_s, u"p3"_s, {}}};
     meta.language = u"de"_s;
     scriptHistory({conversation, makeConversation(u"c0"_s)});
-    tell(conversation);
+    tellMeta();
     ASSERT_TRUE(waitUntil([this] { return !all<HistoryRow>().empty(); }));
     QCoreApplication::processEvents();
     EXPECT_THAT(sections(), ElementsAre(u"Location"_s, u"Now viewing"_s, u"Custom data"_s,
@@ -182,11 +187,11 @@ TEST_F(PanelFixture, LoadsTheEarlierConversationsOfTheAddressThatItShows)
 TEST_F(PanelFixture, FoldsALongJourneyAndKeepsFocusAndPlaceWhenTheVisitorGoesOn)
 {
     scriptHistory({});
-    auto& pages = conversation.visitor.meta->pages.emplace();
+    auto& pages = meta.pages.emplace();
     const auto visit = [&](int count) {
         while (std::ssize(pages) < count)
             pages.push_back(makePage(QString::number(pages.size() + 1)));
-        tell(conversation);
+        tellMeta();
     };
     visit(8);
     showPanel();
@@ -218,8 +223,8 @@ TEST_F(PanelFixture, KeepsRelativeTimesTrue)
 {
     scriptHistory({});
     conversation.createdAt = clock - 59'980ms; // the next minute is about to begin
-    conversation.visitor.meta->pages = {makePage(u"Page"_s, 2)};
-    tell(conversation);
+    meta.pages = {makePage(u"Page"_s, 2)};
+    tellMeta();
     showPanel();
     EXPECT_THAT(lines(), Contains(u"Started now"_s));
     clock += 90s;
@@ -235,14 +240,13 @@ protected:
     LongLists()
     {
         scriptHistory({});
-        VisitorMeta& meta = *conversation.visitor.meta;
         meta.pages.emplace();
         meta.data.emplace();
         for (int entry = 1; entry <= 10'000; ++entry) {
             meta.pages->push_back(makePage(u"page %1"_s.arg(entry)));
             meta.data->pairs.push_back({u"key %1"_s.arg(entry), u"value %1"_s.arg(entry)});
         }
-        tell(conversation);
+        tellMeta();
         showPanel();
     }
 
@@ -276,15 +280,14 @@ TEST_F(LongLists, MakeRowsOnlyWhereTheyAreSeenAndShrinkWithTheirData)
     // They shrink with their data; the focus leaves a column that goes, whatever that makes the panel scroll
     // to.
     all<JourneyRow>().back()->setFocus();
-    VisitorMeta& meta = *conversation.visitor.meta;
     meta.pages->resize(9'000);
     meta.data->pairs.resize(5'000);
-    tell(conversation);
+    tellMeta();
     scrollTo(5'000 * 10);
     all<SelectableLine>().back()->setFocus(Qt::TabFocusReason);
     meta.pages->resize(3);
     meta.data->pairs.clear();
-    tell(conversation);
+    tellMeta();
     EXPECT_EQ(journey(), QStringList({u"page 3"_s, u"page 2"_s, u"page 1"_s}));
     conversation.visitor.meta.reset();
     tell(conversation);

@@ -2,13 +2,15 @@
 
 #include "Models/JSON/Tolerance.h"
 
+#include <QHash>
 #include <QThread>
 #include <QThreadPool>
 
+#include <bit>
+#include <cmath>
 #include <cstring>
 #include <mutex>
 #include <semaphore>
-#include <unordered_map>
 
 namespace orvia::json {
 
@@ -17,12 +19,12 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// Parsers keep their buffers, which are worth keeping between the many small documents of the live channel.
-/// They are some fourteen times as large as the document, so that those of a whole inbox are given back.
+/// They are several times as large as the document, so that those of a whole inbox are given back.
 constexpr std::size_t largestKeptCapacity = 64 * 1024;
 
 struct ParserPool {
     std::mutex mutex;
-    std::vector<std::unique_ptr<simdjson::dom::parser>> idle;
+    std::vector<std::unique_ptr<DocumentParser>> idle;
 
     static ParserPool& shared()
     {
@@ -30,7 +32,7 @@ struct ParserPool {
         return pool;
     }
 
-    std::unique_ptr<simdjson::dom::parser> take()
+    std::unique_ptr<DocumentParser> take()
     {
         {
             const std::lock_guard lock(mutex);
@@ -40,10 +42,10 @@ struct ParserPool {
                 return parser;
             }
         }
-        return std::make_unique<simdjson::dom::parser>(static_cast<std::size_t>(APIJSON::maxDocumentBytes));
+        return std::make_unique<DocumentParser>();
     }
 
-    void giveBack(std::unique_ptr<simdjson::dom::parser> parser)
+    void giveBack(std::unique_ptr<DocumentParser> parser)
     {
         constexpr std::size_t mostIdle = 4;
         if (parser->capacity() > largestKeptCapacity)
@@ -54,14 +56,42 @@ struct ParserPool {
     }
 };
 
-simdjson::error_code parse(simdjson::dom::parser& parser, std::string_view document, Element& root)
-{
-    if (parser.capacity() < document.size() || parser.max_depth() != APIJSON::maxDepth) {
-        const std::size_t capacity = std::max<std::size_t>(document.size(), 4096);
-        if (const auto error = parser.allocate(capacity, APIJSON::maxDepth))
-            return error;
+/// A parser that goes back to the others.
+class LentParser {
+public:
+    LentParser()
+        : m_parser(ParserPool::shared().take())
+    {
     }
-    return parser.parse(document.data(), document.size()).get(root);
+    ~LentParser() { ParserPool::shared().giveBack(std::move(m_parser)); }
+    LentParser(const LentParser&) = delete;
+    LentParser& operator=(const LentParser&) = delete;
+
+    DocumentParser* operator->() const { return m_parser.get(); }
+
+private:
+    std::unique_ptr<DocumentParser> m_parser;
+};
+
+void readOnlyValue(std::string_view document, TextPool* pool,
+                   const std::function<void(Value&, Context&)>& read)
+{
+    const LentParser parser;
+    KeptTexts kept;
+    simdjson::ondemand::array list = parser->listOf(document).get_array();
+    bool isFirst = true;
+    for (Value value : list) {
+        if (!std::exchange(isFirst, false))
+            throw simdjson::simdjson_error(simdjson::TAPE_ERROR);
+        Context context(pool, kept, parser->hasEscapes());
+        read(value, context);
+    }
+    parser->expectEnd();
+}
+
+[[noreturn]] void fail(simdjson::error_code error)
+{
+    throw DecodingError(DecodingError::Kind::syntax, QString::fromLatin1(simdjson::error_message(error)));
 }
 
 } // namespace
@@ -105,58 +135,65 @@ QString TextPool::text(std::string_view utf8)
         if (isKnown)
             return known.text;
     }
-    known = {head, tail, utf8.size(), toQString(utf8)};
-    return known.text;
+    QString text = toQString(utf8);
+    if (std::exchange(known.latest, mixed) == mixed)
+        known = {mixed, head, tail, utf8.size(), text};
+    return text;
 }
 
-ParsedDocument::ParsedDocument(QByteArrayView bytes)
-    : m_parser(ParserPool::shared().take())
+DocumentParser::DocumentParser() = default;
+DocumentParser::~DocumentParser() = default;
+
+Value DocumentParser::listOf(std::string_view values)
+{
+    if (values.find_first_not_of(" \t\n\r") == std::string_view::npos)
+        throw simdjson::simdjson_error(simdjson::EMPTY);
+    m_text.clear();
+    m_text.reserve(values.size() + 2 + simdjson::SIMDJSON_PADDING);
+    m_text.append(1, '[').append(values).append(1, ']');
+    m_hasEscapes = values.find('\\') != std::string_view::npos;
+    const std::size_t size = m_text.size();
+    m_text.append(simdjson::SIMDJSON_PADDING, '\0');
+    // Room for the documents to come, which differ a little.
+    if (m_parser.capacity() < size) {
+        if (const auto error = m_parser.allocate(std::bit_ceil(size)))
+            throw simdjson::simdjson_error(error);
+    }
+    m_document = m_parser.iterate(m_text.data(), size, m_text.size());
+    return m_document.get_value();
+}
+
+void DocumentParser::expectEnd()
+{
+    if (m_document.current_location().error() != simdjson::OUT_OF_BOUNDS)
+        throw simdjson::simdjson_error(simdjson::TRAILING_CONTENT);
+}
+
+void readDocument(QByteArrayView bytes, const std::function<void(Value&, Context&)>& read)
 {
     std::string_view document(bytes.data(), static_cast<std::size_t>(bytes.size()));
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (document.starts_with(byteOrderMark))
         document.remove_prefix(byteOrderMark.size());
-    simdjson::error_code error = document.empty() ? simdjson::EMPTY : simdjson::CAPACITY;
-    if (!document.empty() && bytes.size() <= APIJSON::maxDocumentBytes) {
-        error = parse(*m_parser, document, m_root);
-        if (error == simdjson::NUMBER_ERROR || error == simdjson::STRING_ERROR) {
-            if (const auto rewritten = withinParserLimits(document))
-                error = parse(*m_parser, *rewritten, m_root);
+    if (bytes.size() > APIJSON::maxDocumentBytes)
+        fail(simdjson::CAPACITY);
+    // Small documents, such as the frames of the live channel, repeat nothing.
+    constexpr std::size_t worthPooling = 16 * 1024;
+    const auto pool = document.size() < worthPooling ? nullptr : std::make_unique<TextPool>();
+    try {
+        readOnlyValue(document, pool.get(), read);
+    } catch (const simdjson::simdjson_error& error) {
+        const bool mayBeBeyondParser =
+            error.error() == simdjson::NUMBER_ERROR || error.error() == simdjson::STRING_ERROR;
+        const auto rewritten = mayBeBeyondParser ? withinParserLimits(document) : std::nullopt;
+        if (!rewritten)
+            fail(error.error());
+        try {
+            readOnlyValue(*rewritten, pool.get(), read);
+        } catch (const simdjson::simdjson_error& stillRefused) {
+            fail(stillRefused.error());
         }
     }
-    if (error != simdjson::SUCCESS) {
-        throw DecodingError(DecodingError::Kind::syntax, QString::fromLatin1(simdjson::error_message(error)));
-    }
-}
-
-ParsedDocument::~ParsedDocument()
-{
-    ParserPool::shared().giveBack(std::move(m_parser));
-}
-
-SliceParser::SliceParser()
-    : m_parser(std::make_unique<simdjson::dom::parser>())
-{
-}
-
-SliceParser::~SliceParser() = default;
-
-std::optional<Element> SliceParser::list(std::string_view elements)
-{
-    m_document.clear();
-    m_document.reserve(elements.size() + 2 + simdjson::SIMDJSON_PADDING);
-    m_document.append(1, '[').append(elements).append(1, ']');
-    if (m_parser->capacity() < m_document.size()) {
-        // In its document the list is one level deeper. Room for the slices to come, which differ a little.
-        if (m_parser->allocate(std::bit_ceil(m_document.size()), APIJSON::maxDepth - 1) != simdjson::SUCCESS)
-            return std::nullopt;
-    }
-    Element root;
-    constexpr bool isPadded = true;
-    if (m_parser->parse(m_document.data(), m_document.size(), !isPadded).get(root) != simdjson::SUCCESS)
-        return std::nullopt;
-    const simdjson::dom::array list = root;
-    return list.begin() == list.end() ? std::nullopt : std::optional(root);
 }
 
 void withHelpers(int mostHelpers, const std::function<void()>& work)
@@ -181,42 +218,105 @@ void withHelpers(int mostHelpers, const std::function<void()>& work)
     }
 }
 
-bool readValue(const Element& element, QString& value, Context& context)
+namespace {
+
+void passString(Value& value, const Context& context)
 {
-    std::string_view text;
-    if (element.get(text) != simdjson::SUCCESS)
-        return context.typeMismatch(u"a string");
-    value = context.text(text);
+    if (context.hasEscapes())
+        stringIn(value, context);
+    else
+        value.get_raw_json_string().value();
+}
+
+} // namespace
+
+void pass(Value& value, const Context& context)
+{
+    // In its document the value is one level deeper than in the one that was received.
+    if (value.current_depth() > static_cast<std::int32_t>(APIJSON::maxDepth))
+        throw simdjson::simdjson_error(simdjson::DEPTH_ERROR);
+    switch (typeOf(value)) {
+    case ValueType::object:
+        for (auto found : value.get_object()) {
+            Member& member = inPlace(found);
+            if (context.hasEscapes())
+                member.unescaped_key().value();
+            pass(member.value(), context);
+        }
+        break;
+    case ValueType::array:
+        for (auto found : value.get_array())
+            pass(inPlace(found), context);
+        break;
+    case ValueType::string:
+        passString(value, context);
+        break;
+    case ValueType::number:
+        value.get_double().value();
+        break;
+    case ValueType::boolean:
+        value.get_bool().value();
+        break;
+    case ValueType::null:
+        isNull(value);
+        break;
+    }
+}
+
+bool mismatch(Value& value, QStringView expected, Context& context)
+{
+    pass(value, context);
+    return context.typeMismatch(expected);
+}
+
+std::string_view stringIn(Value& value, const Context& context)
+{
+    const std::string_view token = value.raw_json_token();
+    if (context.hasEscapes() && token.find('\\') != std::string_view::npos)
+        return value.get_string();
+    value.get_raw_json_string().value();
+    constexpr std::size_t quote = 1;
+    return token.substr(quote, token.rfind('"') - quote);
+}
+
+bool readValue(Value& json, QString& value, Context& context)
+{
+    if (typeOf(json) != ValueType::string)
+        return mismatch(json, u"a string", context);
+    value = context.text(stringIn(json, context));
     return true;
 }
 
-bool readValue(const Element& element, bool& value, Context& context)
+bool readValue(Value& json, bool& value, Context& context)
 {
-    return element.get(value) == simdjson::SUCCESS || context.typeMismatch(u"a boolean");
+    if (typeOf(json) != ValueType::boolean)
+        return mismatch(json, u"a boolean", context);
+    value = json.get_bool();
+    return true;
 }
 
-bool readValue(const Element& element, qint64& value, Context& context)
+bool readValue(Value& json, qint64& value, Context& context)
 {
+    if (typeOf(json) != ValueType::number)
+        return mismatch(json, u"an integer", context);
     std::int64_t integer = 0;
-    if (element.get(integer) == simdjson::SUCCESS) {
+    if (json.get_int64().get(integer) == simdjson::SUCCESS) {
         value = integer;
         return true;
     }
     // A whole number may be written with a decimal point or an exponent.
-    double number = 0;
-    if (element.is_double() && element.get(number) == simdjson::SUCCESS && std::trunc(number) == number
-        && std::abs(number) < 0x1p63) {
-        value = static_cast<qint64>(number);
-        return true;
-    }
-    return context.typeMismatch(u"an integer");
+    const double number = json.get_double();
+    if (std::trunc(number) != number || std::abs(number) >= 0x1p63)
+        return context.typeMismatch(u"an integer");
+    value = static_cast<qint64>(number);
+    return true;
 }
 
-bool readValue(const Element& element, Instant& value, Context& context)
+bool readValue(Value& json, Instant& value, Context& context)
 {
-    std::string_view text;
-    if (element.get(text) != simdjson::SUCCESS)
-        return context.typeMismatch(u"a string");
+    if (typeOf(json) != ValueType::string)
+        return mismatch(json, u"a string", context);
+    const std::string_view text = stringIn(json, context);
     const auto instant = instantFromISO8601(text);
     if (!instant)
         return context.corruptedData(u"Unrecognized date: "_s + toQString(text));
@@ -227,59 +327,57 @@ bool readValue(const Element& element, Instant& value, Context& context)
 namespace {
 
 /// The text that stands for a value of custom data, or none for values that are left out.
-std::optional<QString> textOfValue(const Element& value, const Context& context)
+std::optional<QString> textOfValue(Value& value, const Context& context)
 {
-    std::string_view text;
-    if (value.get(text) == simdjson::SUCCESS)
-        return context.text(text);
-    bool flag = false;
-    if (value.get(flag) == simdjson::SUCCESS)
-        return flag ? u"true"_s : u"false"_s;
-    double number = 0;
-    if (value.get(number) == simdjson::SUCCESS)
-        return OrderedStringMap::textFromNumber(number);
-    return std::nullopt;
+    switch (typeOf(value)) {
+    case ValueType::string:
+        return context.text(stringIn(value, context));
+    case ValueType::boolean:
+        return value.get_bool() ? u"true"_s : u"false"_s;
+    case ValueType::number:
+        return OrderedStringMap::textFromNumber(value.get_double());
+    default:
+        pass(value, context);
+        return std::nullopt;
+    }
 }
 
-using Members = std::vector<std::pair<std::string_view, Element>>;
+using Members = std::vector<std::pair<QString, std::optional<QString>>>;
 
 /// Leaves every key once: of repeated members the last one counts, at the place of the first.
 void uniteRepeatedMembers(Members& members)
 {
-    std::vector<std::string_view> keys(members.size());
-    std::transform(members.begin(), members.end(), keys.begin(),
-                   [](const auto& member) { return member.first; });
-    std::sort(keys.begin(), keys.end());
-    if (std::adjacent_find(keys.begin(), keys.end()) == keys.end())
-        return;
+    QHash<QString, std::size_t> positions;
     Members united;
-    std::unordered_map<std::string_view, std::size_t> positions;
-    for (const auto& [key, value] : members) {
-        const auto [known, isNew] = positions.try_emplace(key, united.size());
-        if (isNew)
-            united.emplace_back(key, value);
-        else
-            united[known->second].second = value;
+    for (auto& [key, text] : members) {
+        const auto known = positions.constFind(key);
+        if (known != positions.cend()) {
+            united[*known].second = std::move(text);
+            continue;
+        }
+        positions.insert(key, united.size());
+        united.emplace_back(key, std::move(text));
     }
     members = std::move(united);
 }
 
 } // namespace
 
-bool readValue(const Element& element, OrderedStringMap& map, Context& context)
+bool readValue(Value& json, OrderedStringMap& map, Context& context)
 {
-    simdjson::dom::object object;
-    if (element.get(object) != simdjson::SUCCESS)
-        return context.typeMismatch(u"an object");
+    if (typeOf(json) != ValueType::object)
+        return mismatch(json, u"an object", context);
     Members members;
-    for (const auto member : object)
-        members.emplace_back(member.key, member.value);
+    for (Member member : json.get_object()) {
+        QString key = context.text(member.unescaped_key());
+        members.emplace_back(std::move(key), textOfValue(member.value(), context));
+    }
     uniteRepeatedMembers(members);
     std::vector<OrderedStringMap::Pair> pairs;
     pairs.reserve(members.size());
-    for (const auto& [key, value] : members) {
-        if (auto text = textOfValue(value, context))
-            pairs.push_back({JSONDynamicKey(context.text(key)).stringValue, *std::move(text)});
+    for (auto& [key, text] : members) {
+        if (text)
+            pairs.push_back({JSONDynamicKey(std::move(key)).stringValue, *std::move(text)});
     }
     map.pairs = OrderedStringMap::arranged(std::move(pairs), decoderPreservesKeyOrder());
     return true;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Models/APIJSON.h"
+#include "Models/Deferred.h"
 #include "Models/Enums.h"
 #include "Models/Instant.h"
 #include "Models/JSON/Fields.h"
@@ -66,6 +67,14 @@ inline void writeValue(Writer& writer, const JSONValueIgnored&)
 {
     writer.StartObject();
     writer.EndObject();
+}
+
+/// As it is: what was written before needs no writing.
+template <class T>
+void writeValue(Writer& writer, const Deferred<T>& record)
+{
+    const QByteArrayView json = record.json();
+    writer.RawValue(json.data(), static_cast<std::size_t>(json.size()), rapidjson::kObjectType);
 }
 
 template <Record T>

@@ -33,6 +33,8 @@ size_t hashValue(const T& value, size_t seed)
         std::apply([&](const auto&... field) { ((seed = hashValue(value.*(field.member), seed)), ...); },
                    T::fields());
         return seed;
+    } else if constexpr (requires { value.json(); }) {
+        return hashValue(value.value(), seed);
     } else if constexpr (requires { value.wrappedValue; }) {
         return hashValue(value.wrappedValue, seed);
     } else if constexpr (StrictList<T>) {

@@ -19,9 +19,8 @@ QString translated(const char* text)
 
 QString upperCasedCountryCode(const Visitor& visitor)
 {
-    if (!visitor.meta || !visitor.meta->geo)
-        return {};
-    return visitor.meta->geo->countryCode.value_or(QString()).toUpper();
+    const auto geo = visitor.meta ? visitor.meta->value().geo : std::nullopt;
+    return geo ? geo->countryCode.value_or(QString()).toUpper() : QString();
 }
 
 } // namespace

@@ -66,8 +66,7 @@ void VisitorPanel::scheduleRefresh()
 const std::vector<VisitorPage>& VisitorPanel::pages() const
 {
     static const std::vector<VisitorPage> none;
-    const bool known = m_conversation && m_conversation->visitor.meta && m_conversation->visitor.meta->pages;
-    return known ? *m_conversation->visitor.meta->pages : none;
+    return m_meta.pages ? *m_meta.pages : none;
 }
 
 const VisitorPage& VisitorPanel::page(qsizetype row) const
@@ -89,6 +88,7 @@ void VisitorPanel::refresh()
     const std::vector<VisitorPage> pagesBefore = pages();
     const QString emailBefore = m_conversation ? m_conversation->visitor.email : QString();
     m_conversation = current ? std::optional(*current) : std::nullopt;
+    m_meta = current && current->visitor.meta ? current->visitor.meta->value() : VisitorMeta();
     refreshIdentity();
     refreshLocation();
     refreshCurrentPage();
@@ -121,17 +121,14 @@ void VisitorPanel::refreshIdentity()
 
 void VisitorPanel::refreshLocation()
 {
-    const auto meta = m_conversation ? m_conversation->visitor.meta : std::nullopt;
-    const auto geo = meta ? meta->geo : std::nullopt;
-    m_place->setLine(placeLine(geo).value_or(QString()));
-    m_network->setLine(networkLine(geo).value_or(QString()));
-    m_ip->setLine(meta ? meta->ip.value_or(QString()) : QString());
+    m_place->setLine(placeLine(m_meta.geo).value_or(QString()));
+    m_network->setLine(networkLine(m_meta.geo).value_or(QString()));
+    m_ip->setLine(m_meta.ip.value_or(QString()));
 }
 
 void VisitorPanel::refreshCurrentPage()
 {
-    const bool known = m_conversation && m_conversation->visitor.meta;
-    const auto current = known ? currentPage(*m_conversation->visitor.meta) : std::nullopt;
+    const auto current = currentPage(m_meta);
     m_currentPageSection->setVisible(current.has_value());
     if (!current)
         return;
@@ -143,8 +140,8 @@ void VisitorPanel::refreshCurrentPage()
 void VisitorPanel::refreshCustomData()
 {
     m_data.clear();
-    if (m_conversation && m_conversation->visitor.meta && m_conversation->visitor.meta->data) {
-        const auto& pairs = m_conversation->visitor.meta->data->pairs;
+    if (m_meta.data) {
+        const auto& pairs = m_meta.data->pairs;
         std::copy_if(pairs.begin(), pairs.end(), std::back_inserter(m_data),
                      [](const OrderedStringMap::Pair& pair) { return !pair.value.isEmpty(); });
     }
@@ -173,8 +170,7 @@ void VisitorPanel::showJourneyRows(qsizetype added)
 
 void VisitorPanel::refreshDevice()
 {
-    const bool known = m_conversation && m_conversation->visitor.meta;
-    const auto rows = known ? deviceRows(*m_conversation->visitor.meta) : std::vector<LabelledValue>();
+    const auto rows = deviceRows(m_meta);
     m_deviceSection->setVisible(!rows.empty());
     for (std::size_t row = 0; row < m_deviceRows.size(); ++row) {
         if (row < rows.size())

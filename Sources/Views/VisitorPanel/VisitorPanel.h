@@ -93,6 +93,7 @@ private:
     Surroundings m_surroundings;
 
     std::optional<Conversation> m_conversation;
+    VisitorMeta m_meta; ///< of that conversation; empty where it has none
     std::vector<OrderedStringMap::Pair> m_data;
     std::vector<Conversation> m_history;
     bool m_showAllPages = false;

@@ -134,10 +134,8 @@ void VisitorPanel::buildCurrentPage()
     m_currentPage = new LinkButton(LinkButton::Kind::link, m_currentPageSection);
     m_currentPageSection->contents()->addWidget(m_currentPage);
     m_currentPageSection->hide();
-    connect(m_currentPage, &QAbstractButton::clicked, this, [this] {
-        if (m_conversation && m_conversation->visitor.meta)
-            openAddress(m_conversation->visitor.meta->url.value_or(QString()));
-    });
+    connect(m_currentPage, &QAbstractButton::clicked, this,
+            [this] { openAddress(m_meta.url.value_or(QString())); });
 }
 
 void VisitorPanel::buildCustomData()
