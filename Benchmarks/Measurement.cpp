@@ -90,7 +90,8 @@ Result measure(const Measurement& measurement, int rounds)
     std::vector<double> figures;
     std::vector<double> floors;
     std::vector<double> ratios;
-    for (int round = 0; round < std::min(rounds, measurement.mostRounds); ++round) {
+    for (int round = 0; round < std::min(rounds * measurement.roundsFactor, measurement.mostRounds);
+         ++round) {
         figures.push_back(measurement.figure());
         if (measurement.floor) {
             floors.push_back(measurement.floor());

@@ -37,6 +37,7 @@ struct Measurement {
     std::function<double()> floor;
     Budget budget;
     int mostRounds = std::numeric_limits<int>::max(); ///< for a figure that takes long and varies little
+    int roundsFactor = 1;                             ///< for one that varies more than others
 };
 
 struct Result {
@@ -52,8 +53,9 @@ struct Result {
     std::optional<bool> isKept() const;
 };
 
-/// Takes figure and floor alternately, @p rounds times each at most, and answers the medians: of the
-/// values, and of the ratios of neighbours, so that a machine that slows down meanwhile slows down both.
+/// Takes figure and floor alternately, @p rounds times each unless the figure asks for other counts, and
+/// answers the medians: of the values, and of the ratios of neighbours, so that a machine that slows down
+/// meanwhile slows down both.
 Result measure(const Measurement& measurement, int rounds);
 
 void printTable(const std::vector<Result>& results, QIODevice& output);

@@ -4,6 +4,7 @@
 #include <QThread>
 #include <QtEndian>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 
@@ -72,6 +73,9 @@ int edges(const QImage& picture, const QRect& area)
     int count = 0;
     for (int y = area.top(); y <= area.bottom(); y += 4) {
         const auto* const line = reinterpret_cast<const QRgb*>(picture.constScanLine(y));
+        // The lines of an empty pane are of one colour, which is told sooner.
+        if (std::equal(line + area.left(), line + area.right(), line + area.left() + 1))
+            continue;
         for (int x = area.left() + 1; x <= area.right(); ++x)
             count += line[x] == line[x - 1] ? 0 : 1;
     }
