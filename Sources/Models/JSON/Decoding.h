@@ -83,7 +83,7 @@ public:
             m_kept = std::make_shared<std::string>();
         const std::size_t begin = m_gathered.size();
         m_gathered.append(json);
-        return Deferred<T>(m_kept, begin, json.size());
+        return Deferred<T>(m_kept, begin, QByteArrayView(json.data(), static_cast<qsizetype>(json.size())));
     }
 
     /// Completes the texts that were kept since the last call. What was made of them can be used from now on.

@@ -34,7 +34,7 @@ size_t hashValue(const T& value, size_t seed)
                    T::fields());
         return seed;
     } else if constexpr (requires { value.json(); }) {
-        return hashValue(value.value(), seed);
+        return hashValue(*value.value(), seed);
     } else if constexpr (requires { value.wrappedValue; }) {
         return hashValue(value.wrappedValue, seed);
     } else if constexpr (StrictList<T>) {

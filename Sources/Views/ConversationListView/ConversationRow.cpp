@@ -19,7 +19,7 @@ QString translated(const char* text)
 
 QString upperCasedCountryCode(const Visitor& visitor)
 {
-    const auto geo = visitor.meta ? visitor.meta->value().geo : std::nullopt;
+    const auto geo = visitor.meta ? visitor.meta->value()->geo : std::nullopt;
     return geo ? geo->countryCode.value_or(QString()).toUpper() : QString();
 }
 

@@ -88,7 +88,7 @@ void VisitorPanel::refresh()
     const std::vector<VisitorPage> pagesBefore = pages();
     const QString emailBefore = m_conversation ? m_conversation->visitor.email : QString();
     m_conversation = current ? std::optional(*current) : std::nullopt;
-    m_meta = current && current->visitor.meta ? current->visitor.meta->value() : VisitorMeta();
+    m_meta = current && current->visitor.meta ? *current->visitor.meta->value() : VisitorMeta();
     refreshIdentity();
     refreshLocation();
     refreshCurrentPage();
