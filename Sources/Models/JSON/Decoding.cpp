@@ -7,6 +7,7 @@
 #include <QThreadPool>
 
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <mutex>
@@ -183,13 +184,12 @@ void readDocument(QByteArrayView bytes, const std::function<void(Value&, Context
     try {
         readOnlyValue(document, pool.get(), read);
     } catch (const simdjson::simdjson_error& error) {
-        const bool mayBeBeyondParser =
-            error.error() == simdjson::NUMBER_ERROR || error.error() == simdjson::STRING_ERROR;
-        const auto rewritten = mayBeBeyondParser ? withinParserLimits(document) : std::nullopt;
-        if (!rewritten)
+        const auto mended =
+            error.error() == simdjson::STRING_ERROR ? withoutHalvedCharacters(document) : std::nullopt;
+        if (!mended)
             fail(error.error());
         try {
-            readOnlyValue(*rewritten, pool.get(), read);
+            readOnlyValue(*mended, pool.get(), read);
         } catch (const simdjson::simdjson_error& stillRefused) {
             fail(stillRefused.error());
         }
@@ -219,6 +219,16 @@ void withHelpers(int mostHelpers, const std::function<void()>& work)
 }
 
 namespace {
+
+/// The text of a number. What follows passes it by itself.
+std::string_view numberIn(Value& value)
+{
+    std::string_view token = value.raw_json_token();
+    token = token.substr(0, token.find_last_not_of(" \t\n\r") + 1);
+    if (!isNumber(token))
+        throw simdjson::simdjson_error(simdjson::NUMBER_ERROR);
+    return token;
+}
 
 void passString(Value& value, const Context& context)
 {
@@ -252,7 +262,7 @@ void pass(Value& value, const Context& context)
         passString(value, context);
         break;
     case ValueType::number:
-        value.get_double().value();
+        numberIn(value);
         break;
     case ValueType::boolean:
         value.get_bool().value();
@@ -299,16 +309,15 @@ bool readValue(Value& json, qint64& value, Context& context)
 {
     if (typeOf(json) != ValueType::number)
         return mismatch(json, u"an integer", context);
-    std::int64_t integer = 0;
-    if (json.get_int64().get(integer) == simdjson::SUCCESS) {
-        value = integer;
+    const std::string_view number = numberIn(json);
+    const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (result.ec == std::errc() && result.ptr == number.data() + number.size())
         return true;
-    }
     // A whole number may be written with a decimal point or an exponent.
-    const double number = json.get_double();
-    if (std::trunc(number) != number || std::abs(number) >= 0x1p63)
+    const std::optional<double> written = nearestDouble(number);
+    if (!written || std::trunc(*written) != *written || std::abs(*written) >= 0x1p63)
         return context.typeMismatch(u"an integer");
-    value = static_cast<qint64>(number);
+    value = static_cast<qint64>(*written);
     return true;
 }
 
@@ -334,8 +343,10 @@ std::optional<QString> textOfValue(Value& value, const Context& context)
         return context.text(stringIn(value, context));
     case ValueType::boolean:
         return value.get_bool() ? u"true"_s : u"false"_s;
-    case ValueType::number:
-        return OrderedStringMap::textFromNumber(value.get_double());
+    case ValueType::number: {
+        const std::optional<double> number = nearestDouble(numberIn(value));
+        return number ? std::optional(OrderedStringMap::textFromNumber(*number)) : std::nullopt;
+    }
     default:
         pass(value, context);
         return std::nullopt;

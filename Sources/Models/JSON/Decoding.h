@@ -172,9 +172,9 @@ private:
     bool m_hasEscapes = false;
 };
 
-/// Hands the one value of the document in @p bytes to @p read. What the parser refuses, but strict JSON
-/// allows, is rewritten, and read from the beginning: then @p read is called twice. Throws DecodingError when
-/// the document is none.
+/// Hands the one value of the document in @p bytes to @p read. A document with halves of characters, which
+/// the parser refuses, is mended and read from the beginning: then @p read is called twice. Throws
+/// DecodingError when the document is none.
 void readDocument(QByteArrayView bytes, const std::function<void(Value&, Context&)>& read);
 
 /// Runs @p work, which must not throw, on this thread and at the same time on threads of the global pool, as

@@ -12,20 +12,35 @@ namespace orvia::json {
 
 namespace {
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
+/// Walks a number, and takes off what it is made of.
+class Digits {
+public:
+    explicit Digits(std::string_view text)
+        : m_rest(text)
+    {
+    }
 
-/// Streams tell a number that is too large from one that is too small to be told from zero.
-bool isBeyondDouble(std::string_view number)
-{
-    std::istringstream stream{std::string(number)};
-    stream.imbue(std::locale::classic());
-    double value = 0;
-    stream >> value;
-    return stream.fail() && value != 0;
-}
+    std::size_t skipDigits()
+    {
+        const std::size_t count = std::min(m_rest.find_first_not_of("0123456789"), m_rest.size());
+        m_rest.remove_prefix(count);
+        return count;
+    }
+
+    bool skipOneOf(std::string_view characters)
+    {
+        if (m_rest.empty() || characters.find(m_rest.front()) == std::string_view::npos)
+            return false;
+        m_rest.remove_prefix(1);
+        return true;
+    }
+
+    bool startsWith(char character) const { return m_rest.starts_with(character); }
+    bool atEnd() const { return m_rest.empty(); }
+
+private:
+    std::string_view m_rest;
+};
 
 /// The length of an escape of one code unit.
 constexpr std::size_t codeUnitEscape = 6;
@@ -40,11 +55,8 @@ public:
     std::optional<std::string> rewritten()
     {
         while (m_position < m_document.size()) {
-            const char c = m_document[m_position];
-            if (c == '"')
+            if (m_document[m_position] == '"')
                 passString();
-            else if (c == '-' || isDigit(c))
-                passNumber();
             else
                 ++m_position;
         }
@@ -99,68 +111,6 @@ private:
         return result.ptr == escape.data() + codeUnitEscape ? unit : 0;
     }
 
-    std::size_t passDigits()
-    {
-        const std::size_t begin = m_position;
-        while (m_position < m_document.size() && isDigit(m_document[m_position]))
-            ++m_position;
-        return m_position - begin;
-    }
-
-    bool passOneOf(std::string_view characters)
-    {
-        if (m_position == m_document.size()
-            || characters.find(m_document[m_position]) == std::string_view::npos)
-            return false;
-        ++m_position;
-        return true;
-    }
-
-    /// Passes one number; text that is none is passed too and stays as it is.
-    void passNumber()
-    {
-        const std::size_t begin = m_position;
-        passOneOf("-");
-        const std::size_t integerBegin = m_position;
-        const std::size_t integerDigits = passDigits();
-        if (integerDigits == 0 || (integerDigits > 1 && m_document[integerBegin] == '0'))
-            return;
-        bool isInteger = true;
-        if (passOneOf(".")) {
-            isInteger = false;
-            if (passDigits() == 0)
-                return;
-        }
-        if (passOneOf("eE")) {
-            isInteger = false;
-            passOneOf("+-");
-            if (passDigits() == 0)
-                return;
-        }
-        rewriteNumber(begin, isInteger);
-    }
-
-    void rewriteNumber(std::size_t begin, bool isInteger)
-    {
-        const std::string_view number = m_document.substr(begin, m_position - begin);
-        if (isInteger && fitsInteger(number))
-            return;
-        if (isBeyondDouble(number))
-            replace(begin, m_position, "[]");
-        else if (isInteger)
-            replace(m_position, m_position, "e0");
-    }
-
-    static bool fitsInteger(std::string_view number)
-    {
-        const char* const last = number.data() + number.size();
-        std::int64_t negative = 0;
-        std::uint64_t positive = 0;
-        const auto result = number.front() == '-' ? std::from_chars(number.data(), last, negative)
-                                                  : std::from_chars(number.data(), last, positive);
-        return result.ec == std::errc();
-    }
-
     std::string_view m_document;
     std::size_t m_position = 0;
     std::size_t m_copied = 0; ///< how much of the document the result stands for
@@ -169,7 +119,38 @@ private:
 
 } // namespace
 
-std::optional<std::string> withinParserLimits(std::string_view document)
+bool isNumber(std::string_view text)
+{
+    Digits digits(text);
+    digits.skipOneOf("-");
+    const bool startsWithZero = digits.startsWith('0');
+    const std::size_t integerDigits = digits.skipDigits();
+    if (integerDigits == 0 || (integerDigits > 1 && startsWithZero))
+        return false;
+    if (digits.skipOneOf(".") && digits.skipDigits() == 0)
+        return false;
+    if (digits.skipOneOf("eE")) {
+        digits.skipOneOf("+-");
+        if (digits.skipDigits() == 0)
+            return false;
+    }
+    return digits.atEnd();
+}
+
+std::optional<double> nearestDouble(std::string_view number)
+{
+    double value = 0;
+    const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (result.ec == std::errc())
+        return value;
+    // It is too large, or too small to be told from zero. Streams tell one from the other.
+    std::istringstream stream{std::string(number)};
+    stream.imbue(std::locale::classic());
+    stream >> value;
+    return value == 0 ? std::optional(0.0) : std::nullopt;
+}
+
+std::optional<std::string> withoutHalvedCharacters(std::string_view document)
 {
     return Rewriter(document).rewritten();
 }
